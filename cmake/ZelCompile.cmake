@@ -1,0 +1,13 @@
+# How the targets of this tree are compiled: warnings and sanitizers, private to our own code.
+
+function(zel_compile_options target)
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+    if(ZEL_WERROR)
+        target_compile_options(${target} PRIVATE -Werror)
+    endif()
+    if(ZEL_SANITIZE)
+        target_compile_options(${target} PRIVATE -fsanitize=${ZEL_SANITIZE}
+            -fno-sanitize-recover=all -fno-omit-frame-pointer)
+        target_link_options(${target} PRIVATE -fsanitize=${ZEL_SANITIZE})
+    endif()
+endfunction()

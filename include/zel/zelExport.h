@@ -1,0 +1,7 @@
+#ifndef ZEL_EXPORT_H
+#define ZEL_EXPORT_H
+
+/// Marks what the library exports. Everything else is compiled with hidden visibility.
+#define ZEL_API __attribute__((visibility("default")))
+
+#endif
