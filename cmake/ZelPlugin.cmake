@@ -1,8 +1,12 @@
 # zel_add_plugin(<format> SOURCES <file>... [LIBRARIES <target>...])
 #
-# Builds the shared object zel_<format>_d.so, which a database entry names as zel_<format>.so: the
-# library puts "_d" between the base name and the extension of the name in the database. The entry
-# itself is <format>.zel beside the caller's CMakeLists.txt.
+# Builds the shared object zel_<format>_d.so as the target zel_plugin_<format>. A database entry
+# names it as zel_<format>.so: the library puts "_d" between the base name and the extension of the
+# name in the database.
+#
+# In plugins/ of this tree the entry is <format>.zel beside the caller's CMakeLists.txt, and goes into the
+# default database. Elsewhere, after find_package(zel), the caller says where the object and its
+# database go; the folder where the library looks for bare names is ${zel_PLUGIN_DIR}.
 
 function(zel_add_plugin format)
     cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
@@ -14,14 +18,7 @@ function(zel_add_plugin format)
         OUTPUT_NAME zel_${format}_d
         CXX_VISIBILITY_PRESET hidden
         VISIBILITY_INLINES_HIDDEN ON)
-    if(PROJECT_NAME STREQUAL "zel")
-        zel_compile_options(${target})
-        set_target_properties(${target} PROPERTIES
-            LIBRARY_OUTPUT_DIRECTORY ${ZEL_PLUGIN_OUTPUT_DIRECTORY}
-            BUILD_RPATH_USE_ORIGIN ON
-            INSTALL_RPATH "$ORIGIN/..")
-        install(TARGETS ${target} LIBRARY DESTINATION ${ZEL_PLUGIN_INSTALL_DIR})
-        set_property(GLOBAL APPEND PROPERTY ZEL_DATABASE_ENTRIES
-            ${CMAKE_CURRENT_SOURCE_DIR}/${format}.zel)
+    if(ZEL_IN_OWN_PLUGINS)
+        zel_own_plugin(${format} ${target})
     endif()
 endfunction()
