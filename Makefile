@@ -1,0 +1,59 @@
+# The commands for people. `make demo` and `make test` install what is missing (scripts/deps: as
+# root or with sudo, on Debian 12), build the release preset in build/release, and do their work.
+
+PRESET ?= release
+JOBS ?= $(shell nproc)
+# A picture to convert instead of the painted one: make demo IMAGE=photo.tif
+IMAGE ?=
+
+BUILD := build/$(PRESET)
+ZEL := $(BUILD)/bin/zel
+DEMO := build/demo
+
+.PHONY: all demo test bench format lint docs deps clean
+
+all: deps
+	@echo "== Building the preset $(PRESET) in $(BUILD)"
+	@cmake --preset $(PRESET) --log-level=WARNING
+	@cmake --build --preset $(PRESET) -j $(JOBS)
+
+deps:
+	@echo "== Looking for the packages that the build needs"
+	@scripts/deps
+
+demo: all
+	@mkdir -p $(DEMO)
+ifeq ($(IMAGE),)
+	@echo "== Painting a picture through the library: examples/paint.cpp"
+	$(BUILD)/bin/paint $(DEMO)/picture.ppm
+endif
+	@echo "== The formats of this build"
+	$(ZEL) formats
+	@echo "== Converting the picture to a tiled, compressed, 16-bit TIFF"
+	$(ZEL) info $(or $(IMAGE),$(DEMO)/picture.ppm)
+	$(ZEL) convert $(or $(IMAGE),$(DEMO)/picture.ppm) $(DEMO)/picture.tif --type ushort --compression lzw --page 64x64
+	@echo "== What has come out"
+	$(ZEL) info -v $(DEMO)/picture.tif
+
+test: all
+	@echo "== Running the tests"
+	@ctest --preset $(PRESET) -j $(JOBS)
+
+bench: all
+	@echo "== Running the benchmarks"
+	@for program in $(BUILD)/bin/*_bench; do $$program || exit 1; done
+
+format:
+	@scripts/deps ci
+	@git ls-files '*.h' '*.cpp' | xargs clang-format -i
+
+lint:
+	@scripts/deps ci
+	@scripts/lint
+
+docs:
+	@scripts/deps docs
+	@doxygen docs/Doxyfile
+
+clean:
+	rm -rf build
