@@ -6,8 +6,8 @@
 #include <limits>
 
 // Boxes of pixels: plain values. A tile covers x up to, but not including, x + nx, and so on along
-// every axis. Default constructors leave the fields unset. What +=, -=, grow and shrink work out must
-// fit T.
+// every axis. Default constructors leave the fields unset. What +=, -=, grow and shrink work out
+// must fit T.
 
 /// Arithmetic of tiles that cannot overflow: an extent that T does not hold becomes T's nearest
 /// value.
