@@ -2,6 +2,10 @@
 
 function(zel_compile_options target)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+    if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+        # g++ does not count the change between signed and unsigned among the conversions.
+        target_compile_options(${target} PRIVATE -Wno-sign-conversion)
+    endif()
     if(ZEL_WERROR)
         target_compile_options(${target} PRIVATE -Werror)
     endif()
