@@ -52,8 +52,10 @@ lint:
 	@scripts/lint
 
 docs:
-	@scripts/deps docs
+	@scripts/deps ci
+	@mkdir -p build/docs
 	@doxygen docs/Doxyfile
+	@echo "== The pages begin at build/docs/html/index.html"
 
 clean:
 	rm -rf build
