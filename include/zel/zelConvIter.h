@@ -6,6 +6,8 @@
 #include <zel/zelExport.h>
 #include <zel/zelTile.h>
 
+#include <cstdint>
+
 /// The engine behind the assignment of one `zelConverter` to another: moves the elements of a box
 /// from a source area to a destination area, in the destination's type, order and layout. Clips
 /// and masks of the areas play no part.
@@ -42,6 +44,9 @@ private:
     void rowCopy();
     void chanCopy();
     void wholeCopy();
+    static int channelOf(const zelConverter& area, int slot);
+    int sourceSlot(int channel) const;
+    void copyBlock(std::int64_t count, bool severalRows);
 
     void BitSwitch();
     void uCharSwitch();

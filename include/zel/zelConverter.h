@@ -116,6 +116,7 @@ protected:
 private:
     void init();
     void resetStrides();
+    void convertFrom(zelConverter& from);
 };
 
 #endif

@@ -1,0 +1,190 @@
+#ifndef ZEL_CONVERT_KERNEL_H
+#define ZEL_CONVERT_KERNEL_H
+
+// The one template behind all roads. A source file for each width of destination instantiates it,
+// so that they compile side by side.
+
+#include "convert/bits.h"
+#include "convert/roads.h"
+#include "platform/truncate.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <type_traits>
+
+namespace zel::convert {
+
+static_assert(std::numeric_limits<float>::is_iec559 && std::numeric_limits<double>::is_iec559,
+              "a number beyond the range of a float has to become an infinity");
+
+/// Stands for `zelBit` where the other types are named by their C++ type.
+struct Bit {};
+
+/// Elements that go through a small buffer at a time.
+constexpr std::ptrdiff_t chunkSize = 512;
+
+/// One element by value; a real becomes an integer through 64 bits.
+template <class To, class From>
+To convertValue(From value) {
+    if constexpr (std::is_floating_point_v<From> && std::is_integral_v<To>)
+        return static_cast<To>(platform::truncateToInt64(value));
+    else
+        return static_cast<To>(value);
+}
+
+/// What a value becomes as a bit.
+template <class From>
+bool testValue(From value) {
+    if constexpr (std::is_floating_point_v<From>)
+        return convertValue<std::uint32_t>(value) != 0;
+    else
+        return value != 0;
+}
+
+/// Whether all values can be cut to 32 bits by the processor's own conversion. NaN does not.
+template <class Real>
+bool allFitInt32(const Real* values, std::ptrdiff_t count) {
+    int fit = 1;
+    for (std::ptrdiff_t i = 0; i < count; ++i)
+        fit &= static_cast<int>(std::fabs(values[i]) < static_cast<Real>(2147483648.0));
+    return fit != 0;
+}
+
+/// Calls `body(start, length)` for parts of a run of `count`, each at most `chunkSize` long. The
+/// first part is short of that by `lead`, so that the later ones begin on whole bytes of bits.
+template <class Body>
+void inChunks(std::ptrdiff_t count, std::ptrdiff_t lead, const Body& body) {
+    std::ptrdiff_t limit = chunkSize - lead;
+    for (std::ptrdiff_t start = 0; start < count;) {
+        const std::ptrdiff_t length = std::min(limit, count - start);
+        body(start, length);
+        start += length;
+        limit = chunkSize;
+    }
+}
+
+template <class To, class From>
+void convertValues(To* to, const From* from, std::ptrdiff_t count) {
+    for (std::ptrdiff_t i = 0; i < count; ++i)
+        to[i] = convertValue<To>(from[i]);
+}
+
+/// Neighbours to neighbours, both of whole bytes.
+template <class To, class From>
+void convertRun(To* to, const From* from, std::ptrdiff_t count) {
+    if constexpr (std::is_floating_point_v<From> && std::is_integral_v<To>) {
+        inChunks(count, 0, [=](std::ptrdiff_t start, std::ptrdiff_t length) {
+            const From* source = from + start;
+            To* target = to + start;
+            if (!allFitInt32(source, length))
+                return convertValues(target, source, length);
+            for (std::ptrdiff_t i = 0; i < length; ++i)
+                target[i] = static_cast<To>(static_cast<std::int32_t>(source[i]));
+        });
+    } else {
+        convertValues(to, from, count);
+    }
+}
+
+template <class From>
+void testRun(std::uint8_t* flags, const From* from, std::ptrdiff_t count) {
+    if constexpr (std::is_floating_point_v<From>) {
+        if (allFitInt32(from, count)) {
+            for (std::ptrdiff_t i = 0; i < count; ++i)
+                flags[i] = static_cast<std::int32_t>(from[i]) != 0;
+            return;
+        }
+    }
+    for (std::ptrdiff_t i = 0; i < count; ++i)
+        flags[i] = testValue(from[i]);
+}
+
+/// The element that a type stands for in memory: bits lie in bytes.
+template <class Element>
+using Stored = std::conditional_t<std::is_same_v<Element, Bit>, std::uint8_t, Element>;
+
+/// A row with steps of 1 on both sides.
+template <class To, class From>
+void convertNeighbours(Stored<To>* tp, std::ptrdiff_t to, const Stored<From>* fp,
+                       std::ptrdiff_t from, std::ptrdiff_t count) {
+    std::uint8_t flags[chunkSize];
+    if constexpr (std::is_same_v<To, Bit> && std::is_same_v<From, Bit>) {
+        copyBits(tp, to, fp, from, count);
+    } else if constexpr (std::is_same_v<From, Bit>) {
+        inChunks(count, from & 7, [&](std::ptrdiff_t start, std::ptrdiff_t length) {
+            unpackBits(flags, fp, from + start, length);
+            convertValues(tp + to + start, flags, length);
+        });
+    } else if constexpr (std::is_same_v<To, Bit>) {
+        inChunks(count, to & 7, [&](std::ptrdiff_t start, std::ptrdiff_t length) {
+            testRun(flags, fp + from + start, length);
+            packBits(tp, to + start, flags, length);
+        });
+    } else {
+        convertRun(tp + to, fp + from, count);
+    }
+}
+
+template <class To, class From>
+void convertElement(Stored<To>* tp, std::ptrdiff_t to, const Stored<From>* fp,
+                    std::ptrdiff_t from) {
+    const auto value = [=] {
+        if constexpr (std::is_same_v<From, Bit>)
+            return static_cast<std::uint8_t>(bitAt(fp, from));
+        else
+            return fp[from];
+    }();
+    if constexpr (std::is_same_v<To, Bit>)
+        setBit(tp, to, testValue(value));
+    else
+        tp[to] = convertValue<To>(value);
+}
+
+/// The road between two types.
+template <class To, class From>
+void road(const RowShape& row, int toFirst, int fromFirst) {
+    auto* tp = static_cast<Stored<To>*>(row.to);
+    const auto* fp = static_cast<const Stored<From>*>(row.from);
+    const std::ptrdiff_t ts = row.toStep;
+    const std::ptrdiff_t fs = row.fromStep;
+    const std::ptrdiff_t count = row.count;
+    std::ptrdiff_t to = toFirst;
+    std::ptrdiff_t from = fromFirst;
+    if (ts == 1 && fs == 1)
+        return convertNeighbours<To, From>(tp, to, fp, from, count);
+    for (std::ptrdiff_t i = 0; i < count; ++i, to += ts, from += fs)
+        convertElement<To, From>(tp, to, fp, from);
+}
+
+/// The road from a type that is known only now, or null.
+template <class To>
+Road roadTo(zelDataType from) {
+    switch (from) {
+    case zelBit:
+        return road<To, Bit>;
+    case zelUChar:
+        return road<To, std::uint8_t>;
+    case zelChar:
+        return road<To, std::int8_t>;
+    case zelUShort:
+        return road<To, std::uint16_t>;
+    case zelShort:
+        return road<To, std::int16_t>;
+    case zelUInt:
+        return road<To, std::uint32_t>;
+    case zelInt:
+        return road<To, std::int32_t>;
+    case zelFloat:
+        return road<To, float>;
+    case zelDouble:
+        return road<To, double>;
+    }
+    return nullptr;
+}
+
+} // namespace zel::convert
+
+#endif

@@ -1,0 +1,297 @@
+#include "convert/roads.h"
+
+#include <zel/zelConvIter.h>
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace {
+
+using zel::convert::Road;
+using zel::convert::RowShape;
+
+// Indexes are worked out in 64 bits and held in int, which every index of a block fits.
+int index(std::int64_t value) {
+    return static_cast<int>(value);
+}
+
+// The base-2 logarithm of an element's size in bytes; -1 for what has no such size.
+int zelDataShift(const zelDataType type) {
+    const unsigned size = zelDataSize(type, 1);
+    return std::has_single_bit(size) && size <= 16 ? std::countr_zero(size) : -1;
+}
+
+// Bytes of `count` elements of a type whose runs take whole bytes.
+std::ptrdiff_t bytesOf(zelDataType type, std::int64_t count) {
+    return static_cast<std::ptrdiff_t>(type == zelBit ? count / 8 : count << zelDataShift(type));
+}
+
+bool isPairOf(zelDataType a, zelDataType b, zelDataType first, zelDataType second) {
+    return (a == first || a == second) && (b == first || b == second);
+}
+
+void walkRows(zelConvIter& walk, const RowShape& shape, Road road) {
+    if (road == nullptr)
+        return;
+    do {
+        road(shape, walk.destIndex(), walk.sourceIndex());
+    } while (walk.nextRow() != 0);
+}
+
+} // namespace
+
+zelConvIter::zelConvIter(zelConverter& dest, zelConverter& source) : dst(dest), src(source) {}
+
+int zelConvIter::destIndex() const {
+    return yiD;
+}
+
+int zelConvIter::sourceIndex() const {
+    return yiS;
+}
+
+void zelConvIter::convert(const zelTile3D<int>& area) {
+    com = area;
+    if (reset() == 0 || fastCopy() != 0)
+        return;
+    switch (dst.type) {
+    case zelBit:
+        return BitSwitch();
+    case zelUChar:
+        return uCharSwitch();
+    case zelChar:
+        return charSwitch();
+    case zelUShort:
+        return uShortSwitch();
+    case zelShort:
+        return shortSwitch();
+    case zelUInt:
+        return uIntSwitch();
+    case zelInt:
+        return intSwitch();
+    case zelFloat:
+        return floatSwitch();
+    case zelDouble:
+        return doubleSwitch();
+    }
+}
+
+int zelConvIter::reset() {
+    const auto cornerIndex = [this](const zelConverter& side) {
+        const std::int64_t mx = side.flipX != 0 ? std::int64_t{side.area.nx} - 1 : 0;
+        const std::int64_t my = side.flipY != 0 ? std::int64_t{side.area.ny} - 1 : 0;
+        return index(side.stride.x * (std::int64_t{com.x} - side.area.x - mx) +
+                     side.stride.y * (std::int64_t{com.y} - side.area.y - my) +
+                     side.stride.z * (std::int64_t{com.z} - side.area.z));
+    };
+    baseD = cornerIndex(dst);
+    baseS = cornerIndex(src);
+    collapse = src.fill == 0 && dst.order == zelInterleaved && src.order == zelInterleaved &&
+               sameXdim() != 0 && sameChans() != 0;
+    if (collapse != 0) {
+        sxD = sxS = src.flipX != 0 ? -1 : 1;
+        nx = index(std::int64_t{com.nx} * src.cSize);
+        // A walk downwards begins at the last slot of its first pixel.
+        if (src.flipX != 0) {
+            baseD = index(std::int64_t{baseD} + dst.cSize - 1);
+            baseS = index(std::int64_t{baseS} + dst.cSize - 1);
+        }
+    } else {
+        sxD = dst.stride.x;
+        sxS = src.stride.x;
+        nx = com.nx;
+    }
+    zi = 0;
+    yi = 0;
+    ci = -1;
+    return nextChan();
+}
+
+int zelConvIter::channelOf(const zelConverter& area, int slot) {
+    return area.cList != nullptr ? area.cList[slot] : index(std::int64_t{area.cStart} + slot);
+}
+
+// The first slot of the source that holds the channel, or -1.
+int zelConvIter::sourceSlot(int channel) const {
+    if (src.cList == nullptr) {
+        const std::int64_t slot = std::int64_t{channel} - src.cStart;
+        return slot >= 0 && slot < src.cSize ? index(slot) : -1;
+    }
+    for (int slot = 0; slot < src.cSize; ++slot) {
+        if (src.cList[slot] == channel)
+            return slot;
+    }
+    return -1;
+}
+
+int zelConvIter::nextChan() {
+    for (;;) {
+        ++ci;
+        if (ci >= dst.cSize || (ci > 0 && collapse != 0))
+            return 0;
+        const int channel = channelOf(dst, ci);
+        const int slot = channel < 0 ? -1 : sourceSlot(channel);
+        if (slot < 0)
+            continue;
+        ziD = yiD = index(baseD + std::int64_t{ci} * dst.cStride);
+        ziS = yiS = index(baseS + std::int64_t{slot} * src.cStride);
+        return 1;
+    }
+}
+
+int zelConvIter::nextRow() {
+    if (++yi < com.ny) {
+        yiD = index(std::int64_t{yiD} + dst.stride.y);
+        yiS = index(std::int64_t{yiS} + src.stride.y);
+        return 1;
+    }
+    yi = 0;
+    if (++zi < com.nz) {
+        yiD = ziD = index(std::int64_t{ziD} + dst.stride.z);
+        yiS = ziS = index(std::int64_t{ziS} + src.stride.z);
+        return 1;
+    }
+    zi = 0;
+    return nextChan();
+}
+
+int zelConvIter::sameType() const {
+    return dst.type == src.type || isPairOf(dst.type, src.type, zelUChar, zelChar) ||
+           isPairOf(dst.type, src.type, zelUShort, zelShort) ||
+           isPairOf(dst.type, src.type, zelUInt, zelInt);
+}
+
+int zelConvIter::sameXdim() const {
+    return (src.flipX != 0) == (dst.flipX != 0) && src.transposeXY == 0 && dst.transposeXY == 0;
+}
+
+// Moving all slots at once has to do what feeding them one by one does. So slots without a
+// channel, which are skipped, and a channel held twice, whose first slot feeds both, count as
+// different.
+int zelConvIter::sameChans() const {
+    if (src.cSize != dst.cSize)
+        return 0;
+    if (src.cList == nullptr && dst.cList == nullptr)
+        return src.cStart == dst.cStart && dst.cStart >= 0;
+    for (int slot = 0; slot < dst.cSize; ++slot) {
+        const int channel = channelOf(dst, slot);
+        if (channel < 0 || sourceSlot(channel) != slot)
+            return 0;
+    }
+    return 1;
+}
+
+int zelConvIter::sameXY() const {
+    return (dst.flipY != 0) == (src.flipY != 0) && com.nx == dst.area.nx && com.nx == src.area.nx &&
+           ((com.ny == dst.area.ny && com.ny == src.area.ny) || com.nz == 1);
+}
+
+int zelConvIter::sameZ() const {
+    return com.ny == dst.area.ny && com.ny == src.area.ny && com.nz == dst.area.nz &&
+           com.nz == src.area.nz;
+}
+
+int zelConvIter::fastCopy() {
+    if (com.nx < 1 || com.ny < 1 || com.nz < 1)
+        return 1;
+    if (src.fill != 0 || src.stride.x == 0 || sameXdim() == 0 || sameType() == 0)
+        return 0;
+    if (zelDataShift(dst.type) < 0)
+        return 0;
+    const bool interleaved = dst.order == zelInterleaved && src.order == zelInterleaved;
+    if (dst.type == zelBit && !(interleaved && dst.cSize % 8 == 0 && src.cSize % 8 == 0))
+        return 0;
+
+    if (interleaved) {
+        if (sameChans() == 0)
+            return 0;
+        sameXY() != 0 ? wholeCopy() : rowCopy();
+        return 1;
+    }
+    if (dst.order == zelInterleaved || src.order == zelInterleaved)
+        return 0;
+    if (dst.order != src.order || sameXY() == 0) {
+        rowCopy();
+        return 1;
+    }
+    const bool separate = dst.order == zelSeparate;
+    const bool wholePlanes = !separate || sameZ() != 0;
+    if (wholePlanes && sameChans() != 0)
+        wholeCopy();
+    else if (separate && (com.nz == 1 || (dst.cSize == 1 && src.cSize == 1)))
+        chanCopy();
+    else
+        rowCopy();
+    return 1;
+}
+
+void zelConvIter::copyBlock(std::int64_t count, bool severalRows) {
+    // The indexes are where a walk begins; the block begins at the lowest index of that walk.
+    const auto lowest = [&](const zelConverter& side, int start) {
+        std::int64_t first = start;
+        if (side.flipX != 0)
+            first -= std::int64_t{nx} - 1;
+        if (severalRows && side.flipY != 0)
+            first += std::int64_t{side.stride.y} * (com.ny - 1);
+        return bytesOf(side.type, first);
+    };
+    auto* to = static_cast<unsigned char*>(dst.data) + lowest(dst, yiD);
+    const auto* from = static_cast<const unsigned char*>(src.data) + lowest(src, yiS);
+    std::memcpy(to, from, static_cast<std::size_t>(bytesOf(dst.type, count)));
+}
+
+void zelConvIter::rowCopy() {
+    do {
+        copyBlock(nx, false);
+    } while (nextRow() != 0);
+}
+
+void zelConvIter::chanCopy() {
+    do {
+        copyBlock(std::int64_t{com.nx} * com.ny * com.nz, true);
+    } while (nextChan() != 0);
+}
+
+void zelConvIter::wholeCopy() {
+    copyBlock(std::int64_t{com.nx} * com.ny * com.nz * dst.cSize, true);
+}
+
+void zelConvIter::BitSwitch() {
+    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, zel::convert::roadToBit(src.type));
+}
+
+// The sign of an integer destination never matters, since the low bits are stored.
+
+void zelConvIter::uCharSwitch() {
+    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, zel::convert::roadToInteger8(src.type));
+}
+
+void zelConvIter::charSwitch() {
+    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, zel::convert::roadToInteger8(src.type));
+}
+
+void zelConvIter::uShortSwitch() {
+    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, zel::convert::roadToInteger16(src.type));
+}
+
+void zelConvIter::shortSwitch() {
+    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, zel::convert::roadToInteger16(src.type));
+}
+
+void zelConvIter::uIntSwitch() {
+    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, zel::convert::roadToInteger32(src.type));
+}
+
+void zelConvIter::intSwitch() {
+    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, zel::convert::roadToInteger32(src.type));
+}
+
+void zelConvIter::floatSwitch() {
+    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, zel::convert::roadToFloat(src.type));
+}
+
+void zelConvIter::doubleSwitch() {
+    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, zel::convert::roadToDouble(src.type));
+}
