@@ -274,6 +274,12 @@ protected:
     zelCompression compression;
 
 private:
+    /// The steps of open and create. `file` may be an unfinished object when they fail.
+    static zelStatus makeObject(zelFile*& file, zelFormat& fmt, const zelFileDesc& desc, int mode);
+    static zelStatus openInto(zelFile*& file, zelFileDesc& desc, int mode, int& openedFd);
+    static zelStatus createInto(zelFile*& file, const zelFileDesc& desc, zelFile* source,
+                                const zelFileConfig* cfg);
+
     int* channelPermutation;
     int attrChanged;
     zelStatus (*beginFileIO_CB)(void*);

@@ -61,8 +61,9 @@ public:
 private:
     void reset();
     int moreChans();
+    bool setPitch();
     void spanChannelList();
-    void alignToGrid();
+    bool placeFirstPage();
     int countPages() const;
 
     int ox, oy, oz, oc;
