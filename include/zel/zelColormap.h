@@ -8,9 +8,9 @@
 class ZEL_API zelColormap : public zelLut {
 public:
     /// Over storage of the caller's: max - min + 1 entries for each of `nchans` channels.
-    zelColormap(void* table, int nchans, zelDataType type, int min, int max);
+    zelColormap(void* table, int nchans, zelDataType tabType, int min, int max);
     /// The same with storage of its own.
-    zelColormap(int nchans, zelDataType type, int min, int max);
+    zelColormap(int nchans, zelDataType tabType, int min, int max);
     /// A map without channels and entries.
     zelColormap();
     zelColormap(const zelColormap& from);

@@ -42,7 +42,8 @@ public:
     zelStatus setDomain(double min, double max);
 
     /// The entry that `domainIdx` belongs to, as a number; outside the domain the first or the last
-    /// entry. 0.0 for a channel out of range and for a table without entries.
+    /// entry. An entry number that 64 bits do not hold, or NaN, counts as the first. 0.0 for a
+    /// channel out of range and for a table without entries.
     double getVal(double domainIdx, int chan) const;
 
     /// Stores a number. An integer type gets the number rounded to the nearest, half way away from
@@ -80,10 +81,6 @@ private:
     void setType(zelDataType tabType);
     void setNumChans(int chans);
     double clampToInt(double val) const;
-    void allocate();
-    void release();
-    long long entryIndex(double domainIdx) const;
-    double valueAt(int entry, int chan) const;
 
     void* data;
     void* allocFlg;
