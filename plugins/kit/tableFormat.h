@@ -78,7 +78,6 @@ public:
 protected:
     /// `capabilities` is not copied and lives as long as the format.
     TableFormat(const char* formatName, const Capabilities& capabilities);
-    const Capabilities& capabilities() const { return table_; }
 
 private:
     const Capabilities& table_;
