@@ -47,7 +47,7 @@ public:
 private:
     friend class zelFormatDB;
 
-    explicit zelDatabase(const char* name);
+    ZEL_LOCAL explicit zelDatabase(const char* name);
 
     char* name;
     char* description;

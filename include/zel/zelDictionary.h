@@ -40,7 +40,7 @@ protected:
     int match(const void* key, const zelHashElem* elem) override;
 
 private:
-    unsigned int hash(const char* s);
+    ZEL_LOCAL unsigned int hash(const char* s);
 
     int ignoreCase;
 };

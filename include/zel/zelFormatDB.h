@@ -56,8 +56,11 @@ public:
     int haveDSOVersion(int wantMajor, int wantMinor) const;
 
 private:
+    ZEL_LOCAL static bool load(const char* path);
+    ZEL_LOCAL void validate(const char* path);
+
     zelDbMatch* match;
-    static int maxNeed;
+    ZEL_LOCAL static int maxNeed;
     int major;
     int minor;
 };

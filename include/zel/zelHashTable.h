@@ -59,12 +59,12 @@ protected:
     virtual int match(const void* key, const zelHashElem* elem) = 0;
 
 private:
-    unsigned int advance(int idx);
-    int normalize(unsigned int hash);
-    int locate(zelHashElem* elem);
-    int pickSize(int maxEntries);
-    void grow();
-    void upStats(int count);
+    ZEL_LOCAL unsigned int advance(int idx);
+    ZEL_LOCAL int normalize(unsigned int hash);
+    ZEL_LOCAL int locate(zelHashElem* elem);
+    ZEL_LOCAL int pickSize(int maxEntries);
+    ZEL_LOCAL void grow();
+    ZEL_LOCAL void upStats(int looks);
 
     zelHashElem** table;
     int size;
