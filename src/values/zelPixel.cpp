@@ -22,8 +22,8 @@ void* allocateZeroed(std::int64_t bytes) {
     return buffer;
 }
 
+// The source may be the pixel's own buffer.
 void copyBytes(void* to, const void* from, std::int64_t bytes) {
-    // The source may be the pixel's own buffer.
     std::memmove(to, from, static_cast<std::size_t>(bytes));
 }
 
@@ -37,7 +37,8 @@ zelPixel::zelPixel(zelDataType tp, int c, const void* d)
 zelPixel::zelPixel(const zelPixel& pix) : zelPixel(pix.dtype, pix.nchans, pix.data) {}
 
 zelPixel& zelPixel::operator=(const zelPixel& pix) {
-    set(pix.dtype, pix.nchans, pix.data);
+    if (&pix != this)
+        set(pix.dtype, pix.nchans, pix.data);
     return *this;
 }
 
@@ -65,13 +66,12 @@ void zelPixel::set(zelDataType tp, int nc, const void* dat) {
 }
 
 void zelPixel::convert(const zelPixel& pix, zelDataType toType, int nc, int* chans) {
-    if (&pix == this) {
-        const zelPixel copy(pix);
-        convert(copy, toType, nc, chans);
-        return;
-    }
+    zelPixel copy;
+    if (&pix == this)
+        copy = pix;
+    const zelPixel& source = &pix == this ? copy : pix;
     const std::int64_t oldSize = data && dtype ? zel::elementBytes(dtype, nchans) : 0;
-    const int count = std::max(nc != 0 ? nc : pix.nchans, 0);
+    const int count = std::max(nc != 0 ? nc : source.nchans, 0);
     const std::int64_t newSize = zel::elementBytes(toType, count);
     if (oldSize < newSize) {
         ::operator delete(data);
@@ -82,7 +82,7 @@ void zelPixel::convert(const zelPixel& pix, zelDataType toType, int nc, int* cha
     dtype = toType;
     nchans = data || newSize == 0 ? count : 0;
     for (int cx = 0; cx < nchans; ++cx)
-        setElem(pix.getElem(chans ? chans[cx] : cx), cx);
+        setElem(source.getElem(chans ? chans[cx] : cx), cx);
 }
 
 double zelPixel::getElem(int index) const {
