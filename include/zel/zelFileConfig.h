@@ -75,7 +75,7 @@ private:
     zelOrientation orient;
     zelCompression compress;
     zelSize pageDims;
-    [[maybe_unused]] int specified = 0; // held for the layout of the class
+    int specified = 0;
 };
 
 #endif

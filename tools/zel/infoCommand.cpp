@@ -1,0 +1,168 @@
+#include "commands.h"
+
+#include "imageFile.h"
+#include "imageName.h"
+#include "table.h"
+#include "valueNames.h"
+
+#include <zel/zelFormat.h>
+#include <zel/zelTypeNames.h>
+
+#include <nlohmann/json.hpp>
+
+#include <iostream>
+
+namespace zel::tool {
+namespace {
+
+/// The attributes of one image. Sizes are those of the upright image.
+struct ImageInfo {
+    std::string name;
+    std::string file;
+    std::string format;
+    int image;
+    int images;
+    zelSize size;
+    zelSize page;
+    std::string type;
+    std::string order;
+    std::string colorModel;
+    std::string orientation;
+    std::string compression;
+};
+
+ImageInfo describe(zelFile& file, ImageName name) {
+    ImageInfo info{};
+    info.image = file.getCurrentImg();
+    info.images = file.getNumImgs();
+    if (info.images > 1) {
+        name.index = info.image;
+    }
+    info.name = joinImageName(name);
+    info.file = name.file;
+    info.format = file.getFormat()->getName();
+    file.getDimensions(info.size);
+    file.getPageDimensions(info.page);
+    info.type = dataTypeWord(file.getDataType());
+    info.order = zelOrderName(file.getOrder());
+    info.colorModel = zelColorModelName(file.getColorModel());
+    info.orientation = zelOrientationName(file.getOrientation());
+    info.compression = zelCompressionName(file.getCompression());
+    return info;
+}
+
+void describeImages(const std::string& fullName, std::vector<ImageInfo>& infos) {
+    const WorkingOn working(fullName);
+    const ImageName name = splitImageName(fullName);
+    const ImageFile file = openImage(fullName);
+    if (name.index >= 0) {
+        infos.push_back(describe(*file, name));
+        return;
+    }
+    const int images = file->getNumImgs();
+    for (int i = 0; i < images; ++i) {
+        selectImage(*file, fullName, i);
+        infos.push_back(describe(*file, name));
+    }
+}
+
+std::string extents(const zelSize& size) {
+    const std::string plane = std::to_string(size.x) + "x" + std::to_string(size.y);
+    return size.z == 1 ? plane : plane + "x" + std::to_string(size.z);
+}
+
+nlohmann::ordered_json toJson(const ImageInfo& info) {
+    return {{"name", info.name},
+            {"file", info.file},
+            {"format", info.format},
+            {"image", info.image},
+            {"images", info.images},
+            {"width", info.size.x},
+            {"height", info.size.y},
+            {"depth", info.size.z},
+            {"channels", info.size.c},
+            {"type", info.type},
+            {"order", info.order},
+            {"colorModel", info.colorModel},
+            {"orientation", info.orientation},
+            {"pageWidth", info.page.x},
+            {"pageHeight", info.page.y},
+            {"pageDepth", info.page.z},
+            {"pageChannels", info.page.c},
+            {"compression", info.compression}};
+}
+
+void printJson(const std::vector<ImageInfo>& infos) {
+    auto array = nlohmann::ordered_json::array();
+    for (const ImageInfo& info : infos) {
+        array.push_back(toJson(info));
+    }
+    std::cout << jsonText(array);
+}
+
+void printLines(const std::vector<ImageInfo>& infos) {
+    Table table;
+    for (const ImageInfo& info : infos) {
+        table.addRow({info.name, info.format, extents(info.size), info.colorModel,
+                      std::to_string(info.size.c) + " x " + info.type, info.order, info.orientation,
+                      "page " + extents(info.page), info.compression});
+    }
+    std::cout << table.text();
+}
+
+void printVerbose(const ImageInfo& info) {
+    Table table;
+    table.addRow({"  format", info.format});
+    table.addRow({"  image", std::to_string(info.image) + " of " + std::to_string(info.images)});
+    table.addRow({"  size", extents(info.size)});
+    table.addRow({"  channels", std::to_string(info.size.c)});
+    table.addRow({"  type", info.type});
+    table.addRow({"  order", info.order});
+    table.addRow({"  colour model", info.colorModel});
+    table.addRow({"  orientation", info.orientation});
+    table.addRow({"  page size", extents(info.page)});
+    table.addRow({"  page channels", std::to_string(info.page.c)});
+    table.addRow({"  compression", info.compression});
+    std::cout << info.name << '\n' << table.text();
+}
+
+int showInfo(const std::vector<std::string>& names, bool asJson, bool verbose) {
+    std::vector<ImageInfo> infos;
+    int status = 0;
+    for (const std::string& name : names) {
+        try {
+            describeImages(name, infos);
+        } catch (const Failure& failure) {
+            printFailure(failure);
+            status = 1;
+        }
+    }
+    if (asJson) {
+        printJson(infos);
+    } else if (verbose) {
+        for (const ImageInfo& info : infos) {
+            printVerbose(info);
+        }
+    } else {
+        printLines(infos);
+    }
+    return status;
+}
+
+} // namespace
+
+Command addInfoCommand(CLI::App& app) {
+    struct Options {
+        std::vector<std::string> names;
+        bool asJson = false;
+        bool verbose = false;
+    };
+    const auto options = std::make_shared<Options>();
+    CLI::App* const command = app.add_subcommand("info", "Tell the attributes of images");
+    command->add_option("FILE", options->names, "Full image names")->required();
+    command->add_flag("--json", options->asJson, "Print an array of objects, one an image");
+    command->add_flag("-v,--verbose", options->verbose, "Print all there is to know");
+    return [options] { return showInfo(options->names, options->asJson, options->verbose); };
+}
+
+} // namespace zel::tool

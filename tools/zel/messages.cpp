@@ -1,0 +1,122 @@
+#include "messages.h"
+
+#include "progress.h"
+
+#include <zel/zelError.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <set>
+#include <vector>
+
+namespace zel::tool {
+namespace {
+
+struct Reports {
+    std::string currentName;
+    std::string errors;
+    std::set<std::pair<std::string, std::string>> warned;
+    std::vector<std::pair<std::string, std::string>>* held = nullptr;
+};
+
+Reports& reports() {
+    static Reports instance;
+    return instance;
+}
+
+std::string formatReport(const char* fmt, va_list args) {
+    va_list again;
+    va_copy(again, args);
+    const int length = std::vsnprintf(nullptr, 0, fmt, again);
+    va_end(again);
+    if (length < 0) {
+        return fmt;
+    }
+    std::vector<char> text(static_cast<size_t>(length) + 1);
+    std::vsnprintf(text.data(), text.size(), fmt, args);
+    return text.data();
+}
+
+// The library breaks its longer sentences with a newline and a tab. What stands below each other on
+// purpose, a line and its caret, is kept.
+std::string joinLines(std::string text) {
+    for (size_t at = text.find("\n\t"); at != std::string::npos; at = text.find("\n\t", at)) {
+        text.replace(at, 2, " ");
+    }
+    while (!text.empty() && text.back() == '\n') {
+        text.pop_back();
+    }
+    return text;
+}
+
+void keepError(const std::string& text) {
+    std::string& errors = reports().errors;
+    if (!errors.empty()) {
+        errors += '\n';
+    }
+    errors += text;
+}
+
+void receive(void*, int flags, const char* fmt, va_list args) {
+    const int severity = flags & 0xFF;
+    if (severity == zelSevInfo) {
+        return;
+    }
+    const std::string text = joinLines(formatReport(fmt, args));
+    if (severity != zelSevWarning) {
+        keepError(text);
+        return;
+    }
+    if (reports().held) {
+        reports().held->emplace_back(reports().currentName, text);
+    } else {
+        printWarning(reports().currentName, text);
+    }
+}
+
+} // namespace
+
+void printMessage(const std::string& name, const std::string& text) {
+    wipeProgress();
+    const std::string line = "zel: " + (name.empty() ? "" : name + ": ") + text + '\n';
+    std::fputs(line.c_str(), stderr);
+}
+
+void printFailure(const Failure& failure) {
+    printMessage(failure.name, failure.reason);
+}
+
+void printWarning(const std::string& name, const std::string& text) {
+    if (reports().warned.emplace(name, text).second) {
+        printMessage(name, "warning: " + text);
+    }
+}
+
+HeldWarnings::HeldWarnings() {
+    reports().held = &warnings;
+}
+
+HeldWarnings::~HeldWarnings() {
+    reports().held = nullptr;
+}
+
+std::vector<std::pair<std::string, std::string>> HeldWarnings::take() {
+    return std::exchange(warnings, {});
+}
+
+WorkingOn::WorkingOn(std::string name)
+    : former(std::exchange(reports().currentName, std::move(name))) {}
+
+WorkingOn::~WorkingOn() {
+    reports().currentName = std::move(former);
+}
+
+void collectReports() {
+    zelSetErrorHandler(receive, nullptr);
+}
+
+std::string takeReportedErrors() {
+    return std::exchange(reports().errors, {});
+}
+
+} // namespace zel::tool
