@@ -11,9 +11,9 @@ zelDataType nearestType(zelFormat& format, zelDataType wanted) {
         return format.getPreferredType();
     int type = wanted;
     const auto supported = [&] { return format.typeIsSupported(static_cast<zelDataType>(type)); };
-    while (type < zelDouble && !supported())
+    while (!supported() && type < zelDouble)
         type *= 2;
-    while (type > zelBit && !supported())
+    while (!supported() && type > zelBit)
         type /= 2;
     return static_cast<zelDataType>(type);
 }
@@ -24,9 +24,9 @@ zelColorModel nearestModel(zelFormat& format, zelColorModel wanted, int nchans) 
     const auto supported = [&] {
         return format.colorModelIsSupported(static_cast<zelColorModel>(model));
     };
-    while (model > zelNegative && !supported())
+    while (!supported() && model > zelNegative)
         --model;
-    while (model < zelABGR && !supported())
+    while (!supported() && model < zelABGR)
         ++model;
     const auto found = static_cast<zelColorModel>(model);
     if (nchans != 0 && nchans != zelColorModelChans(found))
