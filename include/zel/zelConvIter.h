@@ -44,6 +44,7 @@ private:
     void rowCopy();
     void chanCopy();
     void wholeCopy();
+    void joinRows();
     static int channelOf(const zelConverter& area, int slot);
     int sourceSlot(int channel) const;
     void copyBlock(std::int64_t count, bool severalRows);

@@ -4,6 +4,7 @@
 // Runs of packed bits, taken by whole bytes where a run covers them. Bit i lies in byte i / 8 at
 // bit 7 - (i mod 8). A byte that a run covers only in part is read, changed and written back.
 
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -41,18 +42,15 @@ inline std::uint8_t packByte(const std::uint8_t* flags) {
     return static_cast<std::uint8_t>(byte);
 }
 
-/// The inverse of `packByte`.
-inline void unpackByte(unsigned byte, std::uint8_t* flags) {
-    if constexpr (std::endian::native == std::endian::little) {
-        // Byte i of the word keeps bit 7 - i, which the sum then carries into that byte's top bit.
-        const std::uint64_t chosen = byte * 0x0101010101010101U & 0x0102040810204080U;
-        const std::uint64_t word = (chosen + 0x7f7f7f7f7f7f7f7fU) >> 7 & 0x0101010101010101U;
-        std::memcpy(flags, &word, sizeof word);
-        return;
+/// For each byte its bits as eight flags of 0 or 1, the top bit first.
+constexpr auto flagsOfByte = [] {
+    std::array<std::array<std::uint8_t, 8>, 256> table{};
+    for (unsigned byte = 0; byte < 256; ++byte) {
+        for (unsigned i = 0; i < 8; ++i)
+            table[byte][i] = static_cast<std::uint8_t>(byte >> (7 - i) & 1U);
     }
-    for (int i = 0; i < 8; ++i)
-        flags[i] = static_cast<std::uint8_t>(byte >> (7 - i) & 1U);
-}
+    return table;
+}();
 
 /// Stores `count` flags of 0 or 1 as the bits from `first` on.
 inline void packBits(std::uint8_t* bytes, std::ptrdiff_t first, const std::uint8_t* flags,
@@ -60,8 +58,9 @@ inline void packBits(std::uint8_t* bytes, std::ptrdiff_t first, const std::uint8
     std::ptrdiff_t i = 0;
     for (const std::ptrdiff_t head = bitsToByteStart(first, count); i < head; ++i)
         setBit(bytes, first + i, flags[i] != 0);
+    std::uint8_t* target = bytes + ((first + i) >> 3);
     for (; i + 8 <= count; i += 8)
-        bytes[(first + i) >> 3] = packByte(flags + i);
+        *target++ = packByte(flags + i);
     for (; i < count; ++i)
         setBit(bytes, first + i, flags[i] != 0);
 }
@@ -72,8 +71,9 @@ inline void unpackBits(std::uint8_t* flags, const std::uint8_t* bytes, std::ptrd
     std::ptrdiff_t i = 0;
     for (const std::ptrdiff_t head = bitsToByteStart(first, count); i < head; ++i)
         flags[i] = static_cast<std::uint8_t>(bitAt(bytes, first + i));
+    const std::uint8_t* source = bytes + ((first + i) >> 3);
     for (; i + 8 <= count; i += 8)
-        unpackByte(bytes[(first + i) >> 3], flags + i);
+        std::memcpy(flags + i, flagsOfByte[*source++].data(), 8);
     for (; i < count; ++i)
         flags[i] = static_cast<std::uint8_t>(bitAt(bytes, first + i));
 }

@@ -44,13 +44,19 @@ bool testValue(From value) {
         return value != 0;
 }
 
-/// Whether all values can be cut to 32 bits by the processor's own conversion. NaN does not.
-template <class Real>
-bool allFitInt32(const Real* values, std::ptrdiff_t count) {
-    int fit = 1;
-    for (std::ptrdiff_t i = 0; i < count; ++i)
-        fit &= static_cast<int>(std::fabs(values[i]) < static_cast<Real>(2147483648.0));
-    return fit != 0;
+/// Stores `make(n)` for every value, with n the value cut to 32 bits by the processor's own
+/// conversion. False if a value is too large for that, or NaN: then what was stored counts for
+/// nothing. One loop does both, and its flag is as wide as a value, for the vectoriser's sake.
+template <class To, class Real, class Make>
+bool convertByInt32(To* to, const Real* from, std::ptrdiff_t count, const Make& make) {
+    using Flag = std::conditional_t<sizeof(Real) == 8, std::int64_t, std::int32_t>;
+    Flag unfit = 0;
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        const bool fits = std::fabs(from[i]) < static_cast<Real>(0x1p31);
+        unfit |= fits ? Flag{0} : Flag{-1};
+        to[i] = make(static_cast<std::int32_t>(fits ? from[i] : Real{0}));
+    }
+    return unfit == 0;
 }
 
 /// Calls `body(start, length)` for parts of a run of `count`, each at most `chunkSize` long. The
@@ -76,13 +82,10 @@ void convertValues(To* to, const From* from, std::ptrdiff_t count) {
 template <class To, class From>
 void convertRun(To* to, const From* from, std::ptrdiff_t count) {
     if constexpr (std::is_floating_point_v<From> && std::is_integral_v<To>) {
+        const auto lowBits = [](std::int32_t n) { return static_cast<To>(n); };
         inChunks(count, 0, [=](std::ptrdiff_t start, std::ptrdiff_t length) {
-            const From* source = from + start;
-            To* target = to + start;
-            if (!allFitInt32(source, length))
-                return convertValues(target, source, length);
-            for (std::ptrdiff_t i = 0; i < length; ++i)
-                target[i] = static_cast<To>(static_cast<std::int32_t>(source[i]));
+            if (!convertByInt32(to + start, from + start, length, lowBits))
+                convertValues(to + start, from + start, length);
         });
     } else {
         convertValues(to, from, count);
@@ -92,11 +95,9 @@ void convertRun(To* to, const From* from, std::ptrdiff_t count) {
 template <class From>
 void testRun(std::uint8_t* flags, const From* from, std::ptrdiff_t count) {
     if constexpr (std::is_floating_point_v<From>) {
-        if (allFitInt32(from, count)) {
-            for (std::ptrdiff_t i = 0; i < count; ++i)
-                flags[i] = static_cast<std::int32_t>(from[i]) != 0;
+        const auto test = [](std::int32_t n) { return static_cast<std::uint8_t>(n != 0); };
+        if (convertByInt32(flags, from, count, test))
             return;
-        }
     }
     for (std::ptrdiff_t i = 0; i < count; ++i)
         flags[i] = testValue(from[i]);
@@ -114,6 +115,8 @@ void convertNeighbours(Stored<To>* tp, std::ptrdiff_t to, const Stored<From>* fp
     if constexpr (std::is_same_v<To, Bit> && std::is_same_v<From, Bit>) {
         copyBits(tp, to, fp, from, count);
     } else if constexpr (std::is_same_v<From, Bit>) {
+        if constexpr (std::is_same_v<To, std::uint8_t>)
+            return unpackBits(tp + to, fp, from, count);
         inChunks(count, from & 7, [&](std::ptrdiff_t start, std::ptrdiff_t length) {
             unpackBits(flags, fp, from + start, length);
             convertValues(tp + to + start, flags, length);
@@ -159,28 +162,48 @@ void road(const RowShape& row, int toFirst, int fromFirst) {
         convertElement<To, From>(tp, to, fp, from);
 }
 
+#if defined(__x86_64__) && !defined(ZEL_PLAIN_ROADS)
+/// The same road for processors with wider vectors: all of it is inlined here and so compiled for
+/// them.
+template <class To, class From>
+[[gnu::target("avx2"), gnu::flatten]] void wideRoad(const RowShape& row, int to, int from) {
+    road<To, From>(row, to, from);
+}
+
+/// The road that suits the processor at hand.
+template <class To, class From>
+Road roadHere() {
+    return __builtin_cpu_supports("avx2") ? wideRoad<To, From> : road<To, From>;
+}
+#else
+template <class To, class From>
+Road roadHere() {
+    return road<To, From>;
+}
+#endif
+
 /// The road from a type that is known only now, or null.
 template <class To>
 Road roadTo(zelDataType from) {
     switch (from) {
     case zelBit:
-        return road<To, Bit>;
+        return roadHere<To, Bit>();
     case zelUChar:
-        return road<To, std::uint8_t>;
+        return roadHere<To, std::uint8_t>();
     case zelChar:
-        return road<To, std::int8_t>;
+        return roadHere<To, std::int8_t>();
     case zelUShort:
-        return road<To, std::uint16_t>;
+        return roadHere<To, std::uint16_t>();
     case zelShort:
-        return road<To, std::int16_t>;
+        return roadHere<To, std::int16_t>();
     case zelUInt:
-        return road<To, std::uint32_t>;
+        return roadHere<To, std::uint32_t>();
     case zelInt:
-        return road<To, std::int32_t>;
+        return roadHere<To, std::int32_t>();
     case zelFloat:
-        return road<To, float>;
+        return roadHere<To, float>();
     case zelDouble:
-        return road<To, double>;
+        return roadHere<To, double>();
     }
     return nullptr;
 }

@@ -56,6 +56,7 @@ void zelConvIter::convert(const zelTile3D<int>& area) {
     com = area;
     if (reset() == 0 || fastCopy() != 0)
         return;
+    joinRows();
     switch (dst.type) {
     case zelBit:
         return BitSwitch();
@@ -107,6 +108,21 @@ int zelConvIter::reset() {
     yi = 0;
     ci = -1;
     return nextChan();
+}
+
+// Rows, and then planes, that follow each other on both sides become one row.
+void zelConvIter::joinRows() {
+    const auto follow = [this](int strideD, int strideS) {
+        return std::int64_t{sxD} * nx == strideD && std::int64_t{sxS} * nx == strideS;
+    };
+    if (com.ny > 1 && follow(dst.stride.y, src.stride.y)) {
+        nx = index(std::int64_t{nx} * com.ny);
+        com.ny = 1;
+    }
+    if (com.ny == 1 && com.nz > 1 && follow(dst.stride.z, src.stride.z)) {
+        nx = index(std::int64_t{nx} * com.nz);
+        com.nz = 1;
+    }
 }
 
 int zelConvIter::channelOf(const zelConverter& area, int slot) {
