@@ -4,7 +4,6 @@
 // Runs of packed bits, taken by whole bytes where a run covers them. Bit i lies in byte i / 8 at
 // bit 7 - (i mod 8). A byte that a run covers only in part is read, changed and written back.
 
-#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -42,15 +41,18 @@ inline std::uint8_t packByte(const std::uint8_t* flags) {
     return static_cast<std::uint8_t>(byte);
 }
 
-/// For each byte its bits as eight flags of 0 or 1, the top bit first.
-constexpr auto flagsOfByte = [] {
-    std::array<std::array<std::uint8_t, 8>, 256> table{};
-    for (unsigned byte = 0; byte < 256; ++byte) {
-        for (unsigned i = 0; i < 8; ++i)
-            table[byte][i] = static_cast<std::uint8_t>(byte >> (7 - i) & 1U);
+/// The inverse of `packByte`.
+inline void unpackByte(std::uint8_t byte, std::uint8_t* flags) {
+    if constexpr (std::endian::native == std::endian::little) {
+        // Byte i of the word keeps bit 7 - i, which the sum then carries into that byte's top bit.
+        const std::uint64_t chosen = byte * 0x0101010101010101U & 0x0102040810204080U;
+        const std::uint64_t word = (chosen + 0x7f7f7f7f7f7f7f7fU) >> 7 & 0x0101010101010101U;
+        std::memcpy(flags, &word, sizeof word);
+        return;
     }
-    return table;
-}();
+    for (int i = 0; i < 8; ++i)
+        flags[i] = static_cast<std::uint8_t>(byte >> (7 - i) & 1);
+}
 
 /// Stores `count` flags of 0 or 1 as the bits from `first` on.
 inline void packBits(std::uint8_t* bytes, std::ptrdiff_t first, const std::uint8_t* flags,
@@ -59,8 +61,10 @@ inline void packBits(std::uint8_t* bytes, std::ptrdiff_t first, const std::uint8
     for (const std::ptrdiff_t head = bitsToByteStart(first, count); i < head; ++i)
         setBit(bytes, first + i, flags[i] != 0);
     std::uint8_t* target = bytes + ((first + i) >> 3);
-    for (; i + 8 <= count; i += 8)
-        *target++ = packByte(flags + i);
+    const std::ptrdiff_t whole = (count - i) >> 3;
+    for (std::ptrdiff_t b = 0; b < whole; ++b)
+        target[b] = packByte(flags + i + 8 * b);
+    i += 8 * whole;
     for (; i < count; ++i)
         setBit(bytes, first + i, flags[i] != 0);
 }
@@ -72,8 +76,10 @@ inline void unpackBits(std::uint8_t* flags, const std::uint8_t* bytes, std::ptrd
     for (const std::ptrdiff_t head = bitsToByteStart(first, count); i < head; ++i)
         flags[i] = static_cast<std::uint8_t>(bitAt(bytes, first + i));
     const std::uint8_t* source = bytes + ((first + i) >> 3);
-    for (; i + 8 <= count; i += 8)
-        std::memcpy(flags + i, flagsOfByte[*source++].data(), 8);
+    const std::ptrdiff_t whole = (count - i) >> 3;
+    for (std::ptrdiff_t b = 0; b < whole; ++b)
+        unpackByte(source[b], flags + i + 8 * b);
+    i += 8 * whole;
     for (; i < count; ++i)
         flags[i] = static_cast<std::uint8_t>(bitAt(bytes, first + i));
 }

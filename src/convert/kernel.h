@@ -78,13 +78,27 @@ void convertValues(To* to, const From* from, std::ptrdiff_t count) {
         to[i] = convertValue<To>(from[i]);
 }
 
+/// The fast way for reals that become integers; false if it cannot serve, with nothing of what was
+/// stored to count.
+template <class To, class Real>
+bool cutChunk(To* to, const Real* from, std::ptrdiff_t count) {
+    const auto lowBits = [](std::int32_t n) { return static_cast<To>(n); };
+    if constexpr (sizeof(To) == sizeof(std::int32_t))
+        return convertByInt32(to, from, count, lowBits);
+    // In two steps, since compilers narrow a loop over reals badly.
+    std::int32_t cut[chunkSize];
+    if (!convertByInt32(cut, from, count, [](std::int32_t n) { return n; }))
+        return false;
+    convertValues(to, cut, count);
+    return true;
+}
+
 /// Neighbours to neighbours, both of whole bytes.
 template <class To, class From>
 void convertRun(To* to, const From* from, std::ptrdiff_t count) {
     if constexpr (std::is_floating_point_v<From> && std::is_integral_v<To>) {
-        const auto lowBits = [](std::int32_t n) { return static_cast<To>(n); };
         inChunks(count, 0, [=](std::ptrdiff_t start, std::ptrdiff_t length) {
-            if (!convertByInt32(to + start, from + start, length, lowBits))
+            if (!cutChunk(to + start, from + start, length))
                 convertValues(to + start, from + start, length);
         });
     } else {
@@ -163,17 +177,26 @@ void road(const RowShape& row, int toFirst, int fromFirst) {
 }
 
 #if defined(__x86_64__) && !defined(ZEL_PLAIN_ROADS)
-/// The same road for processors with wider vectors: all of it is inlined here and so compiled for
-/// them.
+// The same roads for processors with wider vectors: all of a road is inlined here and so compiled
+// for them.
 template <class To, class From>
-[[gnu::target("avx2"), gnu::flatten]] void wideRoad(const RowShape& row, int to, int from) {
+[[gnu::target("avx2"), gnu::flatten]] void road256(const RowShape& row, int to, int from) {
+    road<To, From>(row, to, from);
+}
+
+template <class To, class From>
+[[gnu::target("avx512f,avx512bw,avx512dq,avx512vl"), gnu::flatten]] void
+road512(const RowShape& row, int to, int from) {
     road<To, From>(row, to, from);
 }
 
 /// The road that suits the processor at hand.
 template <class To, class From>
 Road roadHere() {
-    return __builtin_cpu_supports("avx2") ? wideRoad<To, From> : road<To, From>;
+    if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+        __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl"))
+        return road512<To, From>;
+    return __builtin_cpu_supports("avx2") ? road256<To, From> : road<To, From>;
 }
 #else
 template <class To, class From>
