@@ -160,7 +160,8 @@ int TiffFile::getNumImgs() {
     if (images_ < 0) {
         const int complaints = handle_.complaints();
         const tdir_t count = TIFFNumberOfDirectories(handle_.get());
-        images_ = static_cast<int>(std::min<tdir_t>(count, INT_MAX));
+        // The first one is open, even if the link behind it is cut off.
+        images_ = static_cast<int>(std::clamp<tdir_t>(count, 1, INT_MAX));
         chainIsSound_ =
             handle_.check(true, zelCORRUPTED) == zelOKAY && handle_.complaints() == complaints;
     }
@@ -209,7 +210,7 @@ zelStatus TiffFile::appendImg(zelFile* source, zelFileConfig* config) {
     wish.getPageSize(image.pageSize);
     status = settleAttributes(image, options_, nameForMessages());
     // libtiff follows the chain of directories to its end, which a damaged one may not have.
-    if (status == zelOKAY && (getNumImgs() < 1 || !chainIsSound_))
+    if (status == zelOKAY && (getNumImgs() == INT_MAX || !chainIsSound_))
         status = zelStatusEncode(zelCORRUPTED);
     if (status == zelOKAY)
         status = writeOut();
