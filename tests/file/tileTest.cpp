@@ -12,7 +12,7 @@
 #include "support/memoryFile.h"
 
 // Where memory is watched, an allocation that is too large gives null as it does elsewhere.
-extern "C" const char* __asan_default_options() {
+extern "C" ZEL_API const char* __asan_default_options() {
     return "allocator_may_return_null=1:max_allocation_size_mb=4096";
 }
 
@@ -170,11 +170,12 @@ TEST(TileMemory, reportsAPageThatCannotBeHad) {
         setrlimit(RLIMIT_AS, &limit);
 #endif
         Log log;
-        const Plan plan;
+        Plan plan;
+        plan.failingPageCall = 0;
         MemoryFile file(log, plan);
         file.describe(zelSize(4, 4, 1, 1), zelSize(INT_MAX, 1, 1, 1), zelDouble);
-        unsigned char byte = 0;
-        const zelStatus status = file.setTile(0, 0, 0, 1, 1, 1, &byte, nullptr);
+        const double pixel = 0;
+        const zelStatus status = file.setTile(0, 0, 0, 1, 1, 1, &pixel, nullptr);
         const zelStatus empty = file.getTile(0, 0, 0, 0, 1, 1, nullptr, nullptr);
         return std::to_string(status) + " " + std::to_string(empty) +
                (log.empty() ? " no page" : " pages");
