@@ -21,19 +21,16 @@ std::optional<int> parseNumber(const char* text, int lowest, int highest) {
 }
 
 void warnOfValue(const char* fileName, const zelParameterDesc& given, const Argument& known) {
-    zelError(zelSevWarning,
-             "%.100s: format argument \"%.40s\": %s%.40s, expected %d to %d; ignored", fileName,
-             known.name, given.value ? "bad value " : "no value", given.value ? given.value : "",
-             known.lowest, known.highest);
+    zelError(zelSevWarning, "%s: format argument \"%.40s\": %s%.40s, expected %d to %d; ignored",
+             fileName, known.name, given.value ? "bad value " : "no value",
+             given.value ? given.value : "", known.lowest, known.highest);
 }
 
 } // namespace
 
 void storeArgument(const char* fileName, const zelParameterDesc& given, const Argument* known) {
-    if (!fileName)
-        fileName = "(unnamed file)";
     if (!known) {
-        zelError(zelSevWarning, "%.100s: unknown format argument \"%.40s\"; ignored", fileName,
+        zelError(zelSevWarning, "%s: unknown format argument \"%.40s\"; ignored", fileName,
                  given.name);
         return;
     }

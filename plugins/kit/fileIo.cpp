@@ -7,18 +7,12 @@
 
 namespace zelkit {
 
-Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
-    if (this != &other)
-        reset(other.release());
-    return *this;
-}
-
 int Descriptor::release() {
     return std::exchange(fd_, -1);
 }
 
 void Descriptor::reset(int fd) {
-    if (valid())
+    if (fd_ >= 0)
         ::close(fd_);
     fd_ = fd;
 }

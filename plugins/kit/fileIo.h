@@ -12,15 +12,10 @@ namespace zelkit {
 class Descriptor {
 public:
     Descriptor() = default;
-    explicit Descriptor(int fd) : fd_(fd) {}
-    Descriptor(Descriptor&& other) noexcept : fd_(other.release()) {}
-    Descriptor& operator=(Descriptor&& other) noexcept;
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
     ~Descriptor() { reset(); }
 
-    int get() const { return fd_; }
-    bool valid() const { return fd_ >= 0; }
     /// Gives the descriptor away, open.
     int release();
     /// Closes the descriptor in hand and takes `fd`.

@@ -1,5 +1,6 @@
 #include "kit/pluginFile.h"
 
+#include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
 #include <vector>
@@ -9,7 +10,11 @@ namespace zelkit {
 PluginFile::~PluginFile() = default;
 
 const char* PluginFile::nameForMessages() const {
-    return filename ? filename : "(unnamed file)";
+    constexpr std::size_t longest = 100;
+    if (!filename)
+        return "(unnamed file)";
+    const std::size_t length = std::strlen(filename);
+    return length > longest ? filename + (length - longest) : filename;
 }
 
 void PluginFile::readArguments(std::span<const Argument> known) {

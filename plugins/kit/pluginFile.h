@@ -32,7 +32,8 @@ protected:
     /// For closeFile: closes `fd`, whoever opened it. Fails with zelCLOSEFAILED and errno.
     zelStatus closeDescriptor();
 
-    /// The file's name for messages, never null.
+    /// The file's name for messages: never null, and no more of a long path than its end, so that
+    /// the message stays readable.
     const char* nameForMessages() const;
 
 private:

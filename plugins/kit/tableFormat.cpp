@@ -66,7 +66,9 @@ int TableFormat::pageSizeIsSupported(int x, int y, int /*z*/, int c, int pageX, 
                                      int pageZ, int pageC, zelOrientation orientation) {
     toFileFrame(x, y, orientation);
     toFileFrame(pageX, pageY, orientation);
-    return pageX == x && within(pageY, y) && pageZ == 1 && pageC == c;
+    const auto elements = checkedProduct({pageX, pageY, pageC});
+    return pageX == x && within(pageY, y) && pageZ == 1 && pageC == c && elements &&
+           *elements <= INT_MAX;
 }
 
 int TableFormat::randomAccessReadIsSupported() {

@@ -244,7 +244,7 @@ void PnmFile::findImages() {
         if (status == zelOKAY || status == zelPREMATUREEOF)
             imageOffsets_.push_back(offset);
         else
-            zelError(zelSevWarning, "%.100s: what follows image %zu is no image", nameForMessages(),
+            zelError(zelSevWarning, "%s: what follows image %zu is no image", nameForMessages(),
                      imageOffsets_.size() - 1);
     }
 }
@@ -287,6 +287,7 @@ zelStatus PnmFile::getScaleMinMax(double& min, double& max) {
 std::optional<Header> PnmFile::headerFor(const zelFileConfig& wanted) const {
     Wish wish;
     wish.fileName = filename;
+    wish.nameForMessages = nameForMessages();
     zelSize dimensions;
     wanted.getSize(dimensions);
     wish.width = dimensions.x;
@@ -298,9 +299,9 @@ std::optional<Header> PnmFile::headerFor(const zelFileConfig& wanted) const {
     wish.maxval = maxval_;
     const auto header = chooseHeader(wish);
     if (!header)
-        zelError(zelSevWarning, "%.100s: no%s format of this name holds %s samples, %s",
-                 nameForMessages(), plain_ ? " plain" : "", zelDataTypeName(wish.type),
-                 zelColorModelName(wish.colorModel));
+        zelError(zelSevWarning, "%s: a file of this name cannot hold %s pixels of type %s%s",
+                 nameForMessages(), zelColorModelName(wish.colorModel), zelDataTypeName(wish.type),
+                 plain_ ? " as plain text" : "");
     return header;
 }
 

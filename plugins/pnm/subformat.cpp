@@ -71,9 +71,8 @@ int chooseMaxval(const Wish& wish) {
     if (wish.maxval == 0 || (wish.maxval >= lowest && wish.maxval <= highest))
         return wish.maxval ? wish.maxval : highest;
     zelError(zelSevWarning,
-             "%.100s: format argument \"maxval\": %d does not suit the element type; "
-             "%d is used",
-             wish.fileName ? wish.fileName : "(unnamed file)", wish.maxval, highest);
+             "%s: format argument \"maxval\": %d does not suit the element type; %d is used",
+             wish.nameForMessages, wish.maxval, highest);
     return highest;
 }
 

@@ -9,7 +9,8 @@ namespace zelpnm {
 
 /// What a client wants of a new image.
 struct Wish {
-    const char* fileName = nullptr; ///< null if there is none
+    const char* fileName = nullptr;        ///< null if there is none
+    const char* nameForMessages = nullptr; ///< never null
     int width = 0;
     int height = 0;
     int channels = 0;

@@ -8,13 +8,16 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <bit>
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <unistd.h>
 
 namespace zel::test {
 
@@ -494,6 +497,57 @@ TEST_F(Pnm, ReportsAFullDisk) {
     EXPECT_EQ(zelFile::create(path("no/such/dir.pgm").c_str(), nullptr, &config, nullptr, &status),
               nullptr);
     EXPECT_EQ(status, zelStatusEncode(zelOPENFAILED, 1, ENOENT));
+}
+
+TEST_F(Pnm, ReportsWhatTheSystemRefuses) {
+    write("a.pgm", "P5 2 2 255\nabcd");
+    zelFile* const file = open("a.pgm");
+    ASSERT_NE(file, nullptr);
+    std::filesystem::resize_file(path("a.pgm"), 12);
+    Pixels pixels(zelUChar, 2, 2, 1);
+    EXPECT_EQ(readPixels(file, pixels), zelPREMATUREEOF);
+    EXPECT_EQ(file->close(0), zelOKAY);
+
+    const int writeOnly = ::open(path("a.pgm").c_str(), O_WRONLY);
+    zelStatus status = zelOKAY;
+    zelFormat* const format = zelFormat::findByFormatName("pnm", 1);
+    EXPECT_EQ(zelFile::open(writeOnly, nullptr, 0, format, &status), nullptr);
+    EXPECT_EQ(status, zelStatusEncode(zelREADFAILED, 1, EBADF));
+    EXPECT_EQ(::close(writeOnly), 0);
+}
+
+TEST_F(Pnm, AnswersWhatItCanStore) {
+    zelFormat* const format = zelFormat::findByFormatName("PNM", 1);
+    ASSERT_NE(format, nullptr);
+    EXPECT_TRUE(format->haveDSOVersion(2, 1));
+    const zelColorModel preferred[] = {zelLuminance, zelLuminance, zelLuminanceAlpha,
+                                       zelRGB,       zelRGBA,      zelMultiSpectral};
+    for (int channels = 0; channels < 6; channels++)
+        EXPECT_EQ(format->getPreferredColorModel(channels), preferred[channels]) << channels;
+    EXPECT_EQ(format->getPreferredColorModel(-1), 0);
+    EXPECT_TRUE(format->typeIsSupported(zelFloat));
+    EXPECT_FALSE(format->typeIsSupported(zelShort));
+    EXPECT_FALSE(format->typeIsSupported(zelDataType(0)));
+    EXPECT_FALSE(format->orientationIsSupported(zelUpperRightOrigin));
+    EXPECT_FALSE(format->orientationIsSupported(zelOrientation(0)));
+    EXPECT_FALSE(format->compressionIsSupported(zelUnknownCompression));
+    EXPECT_FALSE(format->sizeIsSupported(1, 0, 1, 1, zelUpperLeftOrigin));
+    EXPECT_FALSE(format->sizeIsSupported(1, 1, 2, 1, zelUpperLeftOrigin));
+    struct Page {
+        int x, y, z, c;
+        bool fits;
+    };
+    for (const Page& page :
+         {Page{100, 1, 1, 3, true}, Page{100, 50, 1, 3, true}, Page{100, 51, 1, 3, false},
+          Page{99, 1, 1, 3, false}, Page{100, 1, 1, 1, false}, Page{100, 1, 2, 3, false}})
+        EXPECT_EQ(format->pageSizeIsSupported(100, 50, 1, 3, page.x, page.y, page.z, page.c,
+                                              zelUpperLeftOrigin) != 0,
+                  page.fits);
+    EXPECT_FALSE(
+        format->pageSizeIsSupported(1 << 30, 9, 1, 3, 1 << 30, 1, 1, 3, zelUpperLeftOrigin));
+    int x = 0, y = 0, z = 0, c = 0;
+    format->getPreferredPageSize(1000, 5000, 1, 1, x, y, z, c, zelUpperLeftOrigin);
+    EXPECT_EQ((std::array{x, y, z, c}), (std::array{1000, 131, 1, 1}));
 }
 
 // The files from outside the tree. What netpbm makes of them is the measure.
