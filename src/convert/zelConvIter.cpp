@@ -119,7 +119,7 @@ void zelConvIter::joinRows() {
         nx = index(std::int64_t{nx} * com.ny);
         com.ny = 1;
     }
-    if (com.ny == 1 && com.nz > 1 && follow(dst.stride.z, src.stride.z)) {
+    if (com.nz > 1 && follow(dst.stride.z, src.stride.z)) {
         nx = index(std::int64_t{nx} * com.nz);
         com.nz = 1;
     }
