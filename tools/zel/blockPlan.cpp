@@ -3,6 +3,7 @@
 #include <zel/zelFormat.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace zel::tool {
 namespace {
@@ -116,6 +117,12 @@ BlockGrid pageGrid(const zelFile& file, const PlaneView& view, std::int64_t maxP
     const BlockGrid grid{cutAtMultiples(tile.x, tile.nx, extent.x),
                          cutAtMultiples(tile.y, tile.ny, extent.y)};
     return turned(grid, turnBetween(own, view.orientation), view.tile);
+}
+
+BlockGrid squareGrid(int nx, int ny, std::int64_t maxPixels) {
+    const auto side = static_cast<std::int64_t>(std::sqrt(static_cast<double>(maxPixels)));
+    const std::int64_t step = std::max<std::int64_t>(1, side);
+    return {cutAtMultiples(0, nx, step), cutAtMultiples(0, ny, step)};
 }
 
 BlockPlan planBlocks(const zelFile& source, const PlaneView& view, const zelFile& target,

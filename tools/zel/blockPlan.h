@@ -37,6 +37,9 @@ struct PlaneView {
 /// are counted from its origin.
 BlockGrid pageGrid(const zelFile& file, const PlaneView& view, std::int64_t maxPixels);
 
+/// Squares of at most `maxPixels` pixels.
+BlockGrid squareGrid(int nx, int ny, std::int64_t maxPixels);
+
 /// How the blocks of an image are to be moved into another.
 struct BlockPlan {
     BlockGrid grid;       ///< the blocks to write

@@ -15,6 +15,8 @@ using Command = std::function<int()>;
 Command addFormatsCommand(CLI::App& app);
 Command addInfoCommand(CLI::App& app);
 Command addConvertCommand(CLI::App& app);
+Command addStatsCommand(CLI::App& app);
+Command addCompareCommand(CLI::App& app);
 
 } // namespace zel::tool
 

@@ -53,6 +53,34 @@ ImageFile openImage(const std::string& fullName, int mode) {
     return file;
 }
 
+void forEachImage(const std::string& fullName,
+                  const std::function<void(zelFile&, const std::string&)>& visit) {
+    const WorkingOn working(fullName);
+    ImageName name = splitImageName(fullName);
+    const ImageFile file = openImage(fullName);
+    const int images = file->getNumImgs();
+    const bool single = name.index >= 0;
+    for (int i = single ? name.index : 0; i < (single ? name.index + 1 : images); ++i) {
+        selectImage(*file, fullName, i);
+        name.index = images > 1 ? i : -1;
+        visit(*file, joinImageName(name));
+    }
+}
+
+int forEachImage(const std::vector<std::string>& fullNames,
+                 const std::function<void(zelFile&, const std::string&)>& visit) {
+    int status = 0;
+    for (const std::string& name : fullNames) {
+        try {
+            forEachImage(name, visit);
+        } catch (const Failure& failure) {
+            printFailure(failure);
+            status = 1;
+        }
+    }
+    return status;
+}
+
 void selectImage(zelFile& file, const std::string& name, int index) {
     if (index != file.getCurrentImg()) {
         require(name, file.setCurrentImg(index));

@@ -31,15 +31,12 @@ struct ImageInfo {
     std::string compression;
 };
 
-ImageInfo describe(zelFile& file, ImageName name) {
+ImageInfo describe(zelFile& file, const std::string& name) {
     ImageInfo info{};
     info.image = file.getCurrentImg();
     info.images = file.getNumImgs();
-    if (info.images > 1) {
-        name.index = info.image;
-    }
-    info.name = joinImageName(name);
-    info.file = name.file;
+    info.name = name;
+    info.file = splitImageName(name).file;
     info.format = file.getFormat()->getName();
     file.getDimensions(info.size);
     file.getPageDimensions(info.page);
@@ -49,21 +46,6 @@ ImageInfo describe(zelFile& file, ImageName name) {
     info.orientation = zelOrientationName(file.getOrientation());
     info.compression = zelCompressionName(file.getCompression());
     return info;
-}
-
-void describeImages(const std::string& fullName, std::vector<ImageInfo>& infos) {
-    const WorkingOn working(fullName);
-    const ImageName name = splitImageName(fullName);
-    const ImageFile file = openImage(fullName);
-    if (name.index >= 0) {
-        infos.push_back(describe(*file, name));
-        return;
-    }
-    const int images = file->getNumImgs();
-    for (int i = 0; i < images; ++i) {
-        selectImage(*file, fullName, i);
-        infos.push_back(describe(*file, name));
-    }
 }
 
 std::string extents(const zelSize& size) {
@@ -128,15 +110,9 @@ void printVerbose(const ImageInfo& info) {
 
 int showInfo(const std::vector<std::string>& names, bool asJson, bool verbose) {
     std::vector<ImageInfo> infos;
-    int status = 0;
-    for (const std::string& name : names) {
-        try {
-            describeImages(name, infos);
-        } catch (const Failure& failure) {
-            printFailure(failure);
-            status = 1;
-        }
-    }
+    const int status = forEachImage(names, [&](zelFile& file, const std::string& name) {
+        infos.push_back(describe(file, name));
+    });
     if (asJson) {
         printJson(infos);
     } else if (verbose) {

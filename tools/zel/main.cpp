@@ -85,6 +85,8 @@ int run(int argc, char** argv) {
     commands["formats"] = addFormatsCommand(app);
     commands["info"] = addInfoCommand(app);
     commands["convert"] = addConvertCommand(app);
+    commands["stats"] = addStatsCommand(app);
+    commands["compare"] = addCompareCommand(app);
     try {
         app.parse(reversedArguments(argc, argv));
     } catch (const CLI::ParseError& error) {

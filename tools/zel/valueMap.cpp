@@ -3,7 +3,6 @@
 #include "valueNames.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
 namespace zel::tool {
@@ -11,12 +10,6 @@ namespace {
 
 ValueRange typeRange(zelDataType type) {
     return {zelDataMin(type), zelDataMax(type)};
-}
-
-std::string numberText(double value) {
-    char text[32];
-    const auto end = std::to_chars(text, text + sizeof text, value).ptr;
-    return {text, end};
 }
 
 std::string rangeText(ValueRange range) {

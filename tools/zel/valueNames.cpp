@@ -229,6 +229,19 @@ std::vector<double> parseNumbers(const std::string& option, const std::string& t
     return parseList<double>(option, text, "number");
 }
 
+std::string numberText(double value) {
+    char text[32];
+    const auto end = std::to_chars(text, text + sizeof text, value).ptr;
+    return {text, end};
+}
+
+std::string shortNumberText(double value) {
+    char text[32];
+    const auto end =
+        std::to_chars(text, text + sizeof text, value, std::chars_format::general, 8).ptr;
+    return {text, end};
+}
+
 std::string joinWords(const std::vector<std::string>& words) {
     std::string text;
     for (const std::string& word : words) {

@@ -36,6 +36,11 @@ std::span<const zelCompression> allCompressions();
 std::vector<int> parseIntegers(const std::string& option, const std::string& text);
 std::vector<double> parseNumbers(const std::string& option, const std::string& text);
 
+/// The shortest text that reads as this number again.
+std::string numberText(double value);
+/// A text of at most eight digits, for tables.
+std::string shortNumberText(double value);
+
 /// The texts with ", " between them.
 std::string joinWords(const std::vector<std::string>& words);
 
