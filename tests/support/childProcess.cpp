@@ -126,11 +126,15 @@ ChildResult runWithDatabaseFile(const std::string& path, const Scenario& scenari
         handler);
 }
 
-ChildResult runWithDatabase(std::string_view text, const Scenario& scenario, Handler handler) {
+ChildResult runWithDatabase(std::string_view text, const Scenario& scenario, Handler handler,
+                            const std::map<std::string, std::string>& others) {
     const TempDir dir;
-    const std::string path = dir.write("database", text);
+    dir.write("database", text);
+    for (const auto& [name, content] : others) {
+        dir.write(name, content);
+    }
     return runWithDatabaseFile(
-        path,
+        "database",
         [&] { return chdir(dir.path().c_str()) == 0 ? scenario() : std::string("chdir failed"); },
         handler);
 }

@@ -2,6 +2,7 @@
 #define ZEL_TESTS_SUPPORT_CHILD_PROCESS_H
 
 #include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -36,9 +37,11 @@ ChildResult runInChild(const Scenario& scenario, Handler handler = Handler::reco
 ChildResult runWithDatabaseFile(const std::string& path, const Scenario& scenario,
                                 Handler handler = Handler::recording);
 
-/// The same with a database file of this text. The child starts in the file's directory.
+/// The same with a database file `database` of this text and other files beside it, by name. The
+/// child runs in their directory.
 ChildResult runWithDatabase(std::string_view text, const Scenario& scenario,
-                            Handler handler = Handler::recording);
+                            Handler handler = Handler::recording,
+                            const std::map<std::string, std::string>& others = {});
 
 } // namespace zel::test
 
