@@ -75,7 +75,7 @@ private:
     zelOrientation orient;
     zelCompression compress;
     zelSize pageDims;
-    int specified = 0;
+    [[maybe_unused]] int specified = 0;
 };
 
 #endif
