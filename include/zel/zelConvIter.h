@@ -44,10 +44,10 @@ private:
     void rowCopy();
     void chanCopy();
     void wholeCopy();
-    void joinRows();
-    static int channelOf(const zelConverter& area, int slot);
-    int sourceSlot(int channel) const;
-    void copyBlock(std::int64_t count, bool severalRows);
+    ZEL_LOCAL void joinRows();
+    ZEL_LOCAL static int channelOf(const zelConverter& area, int slot);
+    ZEL_LOCAL int sourceSlot(int channel) const;
+    ZEL_LOCAL void copyBlock(std::int64_t count, bool severalRows);
 
     void BitSwitch();
     void uCharSwitch();

@@ -116,7 +116,7 @@ protected:
 private:
     void init();
     void resetStrides();
-    void convertFrom(zelConverter& from);
+    ZEL_LOCAL void convertFrom(zelConverter& from);
 };
 
 #endif
