@@ -106,10 +106,11 @@ public:
     /// channel list entry is below 0 stay as they were.
     ///
     /// An empty box reads nothing and is zelOKAY. zelBADPARAMS, before anything is read: null data,
-    /// a box not wholly inside the image, a channel that the file lacks, an orientation that does
-    /// not exist, a box or a page of 2^31 elements or more, a page of no extent. zelMALLOCFAILED
-    /// (kind 1): no memory for a page, which is also reported. Any other failure is the plug-in's;
-    /// what was read before it stays in `data`.
+    /// a box not wholly inside the image, a channel that the file lacks, an element type, an
+    /// orientation or (with several channels) an order that does not exist, a box or a page of 2^31
+    /// elements or more, a page of no extent. zelMALLOCFAILED (kind 1): no memory for a page, which
+    /// is also reported. Any other failure is the plug-in's; what was read before it stays in
+    /// `data`.
     zelStatus getTile(int x, int y, int z, int nx, int ny, int nz, void* data,
                       const zelConfig* config);
 
