@@ -85,7 +85,12 @@ void printTable(const std::vector<FormatInfo>& formats) {
 
 int listFormats(bool asJson) {
     std::vector<FormatInfo> formats;
-    for (zelDatabase* entry : allFormats()) {
+    const std::vector<zelDatabase*> entries = allFormats();
+    const std::string reported = takeReportedErrors();
+    if (!reported.empty()) {
+        throw Failure{"", reported};
+    }
+    for (zelDatabase* entry : entries) {
         formats.push_back(describe(*entry));
     }
     if (asJson) {

@@ -2,6 +2,7 @@
 
 #include "interrupts.h"
 #include "messages.h"
+#include "valueNames.h"
 
 #include <zel/zelVersion.h>
 
@@ -62,6 +63,19 @@ std::vector<std::string> reversedArguments(int argc, char** argv) {
     return arguments;
 }
 
+/// Names the commands if the first argument is meant as one and is none.
+std::string unknownCommandText(const std::map<std::string, Command>& commands,
+                               const std::string& word) {
+    if (word.starts_with('-') || commands.contains(word)) {
+        return {};
+    }
+    std::vector<std::string> names;
+    for (const auto& [name, command] : commands) {
+        names.push_back(name);
+    }
+    return "there is no command \"" + word + "\"; the commands are " + joinWords(names);
+}
+
 int parseError(const CLI::App& app, const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) {
         app.exit(error, std::cout, std::cerr);
@@ -87,6 +101,11 @@ int run(int argc, char** argv) {
     commands["convert"] = addConvertCommand(app);
     commands["stats"] = addStatsCommand(app);
     commands["compare"] = addCompareCommand(app);
+    if (const std::string text = unknownCommandText(commands, argc > 1 ? argv[1] : "-");
+        !text.empty()) {
+        printMessage("", text);
+        return kMisused;
+    }
     try {
         app.parse(reversedArguments(argc, argv));
     } catch (const CLI::ParseError& error) {
