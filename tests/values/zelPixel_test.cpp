@@ -46,7 +46,7 @@ struct NaivePixel {
 };
 
 bool same(double a, double b) {
-    return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b));
+    return (a == b && std::signbit(a) == std::signbit(b)) || (std::isnan(a) && std::isnan(b));
 }
 
 void expectSame(const zelPixel& pixel, const NaivePixel& model) {

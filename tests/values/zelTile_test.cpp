@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <climits>
 #include <cstring>
 #include <random>
@@ -123,8 +124,9 @@ TEST(Tile, MovesGrowsAndKeepsItsFieldOrder) {
     EXPECT_TRUE(box.shrink(zelXYZ<int>(1, 2, 3)) == Box(0, 0, 4, 10, 20, 30));
     box = zelTile2D<int>(7, 8, 9, 10);
     EXPECT_TRUE(box == Box(zelTile2D<int>(7, 8, 9, 10), 4, 30));
-    const int fields[] = {7, 8, 9, 10, 4, 30};
-    EXPECT_EQ(std::memcmp(&box, fields, sizeof fields), 0);
+    int fields[6];
+    std::memcpy(fields, &box, sizeof fields);
+    EXPECT_EQ(std::to_array(fields), (std::array{7, 8, 9, 10, 4, 30}));
     EXPECT_EQ(box.origin(zelZ), 4);
     box.size(zelY) = 11;
     EXPECT_EQ(box.ny, 11);
