@@ -150,18 +150,18 @@ zelStatus readPam(ByteReader& reader, Header& header) {
 }
 
 struct Magic {
-    char letter;
     Kind kind;
-    bool plain;
     zelColorModel colorModel;
+    char letter;
+    bool plain;
 };
 
 constexpr Magic magics[] = {
-    {'1', Kind::pbm, true, zelNegative},   {'2', Kind::pgm, true, zelLuminance},
-    {'3', Kind::ppm, true, zelRGB},        {'4', Kind::pbm, false, zelNegative},
-    {'5', Kind::pgm, false, zelLuminance}, {'6', Kind::ppm, false, zelRGB},
-    {'7', Kind::pam, false, zelLuminance}, {'f', Kind::pfm, false, zelLuminance},
-    {'F', Kind::pfm, false, zelRGB},
+    {Kind::pbm, zelNegative, '1', true},   {Kind::pgm, zelLuminance, '2', true},
+    {Kind::ppm, zelRGB, '3', true},        {Kind::pbm, zelNegative, '4', false},
+    {Kind::pgm, zelLuminance, '5', false}, {Kind::ppm, zelRGB, '6', false},
+    {Kind::pam, zelLuminance, '7', false}, {Kind::pfm, zelLuminance, 'f', false},
+    {Kind::pfm, zelRGB, 'F', false},
 };
 
 bool applyMagic(int letter, Header& header) {

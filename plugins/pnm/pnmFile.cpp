@@ -87,8 +87,14 @@ char* PnmFile::getDefaultDescription() const {
 
 // Opening
 
+// Those of new images. A file that is opened may get one by appendImg.
+void PnmFile::readOptions() {
+    const zelkit::Argument arguments[] = {{"plain", &plain_}, {"maxval", &maxval_, 1, 65535}};
+    readArguments(arguments);
+}
+
 zelStatus PnmFile::openFile() {
-    readArguments({});
+    readOptions();
     Image image;
     const zelStatus status = readImage(0, image);
     if (status != zelOKAY)
@@ -363,8 +369,7 @@ zelStatus PnmFile::fillWithZeros(const Image& image) const {
 }
 
 zelStatus PnmFile::createFile() {
-    const zelkit::Argument arguments[] = {{"plain", &plain_}, {"maxval", &maxval_, 1, 65535}};
-    readArguments(arguments);
+    readOptions();
     const zelFileConfig wanted(this);
     const auto header = headerFor(wanted);
     if (!header)
@@ -383,7 +388,7 @@ zelStatus PnmFile::appendImg(zelFile* source, zelFileConfig* config) {
     if (status != zelOKAY)
         return status;
     const auto header = headerFor(wanted);
-    if (!header || header->kind == Kind::pfm)
+    if (!header || header->plain || header->kind == Kind::pfm)
         return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
 
     getNumImgs();

@@ -75,6 +75,7 @@ private:
     zelStatus writeBand(Band band, const void* page, int firstRow, std::uint8_t* buffer,
                         char* text);
 
+    void readOptions();
     zelStatus readImage(std::int64_t offset, Image& image) const;
     void showImage(Image&& image);
     void findImages();
@@ -89,7 +90,7 @@ private:
     bool endsCleanly_ = false; ///< nothing stands behind the last image; known once all are found
     int currentImage_ = 0;
 
-    bool plain_ = false; ///< format arguments
+    bool plain_ = false; ///< the format arguments
     int maxval_ = 0;
 };
 

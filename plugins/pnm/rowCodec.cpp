@@ -32,12 +32,21 @@ void moveBits(Byte* to, std::int64_t toBit, const Byte* from, std::int64_t fromB
     };
     while (count > 0 && toBit % 8 != 0)
         moveOne();
+    const std::int64_t whole = count / 8;
     const int shift = static_cast<int>(fromBit % 8);
-    for (; count >= 8; count -= 8, toBit += 8, fromBit += 8) {
-        const Byte* const source = from + fromBit / 8;
-        const int byte = shift == 0 ? source[0] : source[0] << shift | source[1] >> (8 - shift);
-        to[toBit / 8] = static_cast<Byte>(byte ^ flip);
-    }
+    const Byte* const source = from + fromBit / 8;
+    Byte* const target = to + toBit / 8;
+    // Two loops, so that the one without a shift reads nothing behind the last bit.
+    if (shift == 0)
+        for (std::int64_t i = 0; i < whole; i++)
+            target[i] = static_cast<Byte>(source[i] ^ flip);
+    else
+        for (std::int64_t i = 0; i < whole; i++)
+            target[i] =
+                static_cast<Byte>((source[i] << shift | source[i + 1] >> (8 - shift)) ^ flip);
+    toBit += whole * 8;
+    fromBit += whole * 8;
+    count -= whole * 8;
     while (count > 0)
         moveOne();
 }

@@ -95,7 +95,7 @@ protected:
         zelFile* const file = open(name);
         if (!file)
             return Pixels(zelUChar, 0, 0, 1);
-        const Pixels pixels = readPixels(file);
+        Pixels pixels = readPixels(file);
         EXPECT_EQ(file->close(0), zelOKAY);
         return pixels;
     }
