@@ -209,14 +209,13 @@ bool needsBigTiff(const Attributes& image) {
     return !bits || *bits / 8 > (largestClassic - margin) / growth;
 }
 
-void setUpCodec(TIFF* tiff, const Options& options, bool existing) {
+void setUpCodec(TIFF* tiff, const Options& options) {
     std::uint16_t scheme = COMPRESSION_NONE;
     TIFFGetFieldDefaulted(tiff, TIFFTAG_COMPRESSION, &scheme);
     if (scheme == COMPRESSION_JPEG) {
         TIFFSetField(tiff, TIFFTAG_JPEGQUALITY, options.quality);
-        // The common tables of the file were made for another quality than ours.
-        if (existing)
-            TIFFSetField(tiff, TIFFTAG_JPEGTABLESMODE, 0);
+        // With tables of its own, a block can be made anew at another quality.
+        TIFFSetField(tiff, TIFFTAG_JPEGTABLESMODE, 0);
     }
     if (scheme == COMPRESSION_ADOBE_DEFLATE || scheme == COMPRESSION_DEFLATE)
         TIFFSetField(tiff, TIFFTAG_ZIPQUALITY, options.level);
@@ -231,7 +230,7 @@ zelStatus writeDirectory(Handle& handle, const Attributes& image, const Options&
         (!isYccJpeg(image) || TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB));
     if (!described)
         return handle.check(false, zelBADFIELDSET);
-    setUpCodec(tiff, options, false);
+    setUpCodec(tiff, options);
     const bool written =
         TIFFWriteCheck(tiff, isTiled(image) ? 1 : 0, "zel") == 1 && TIFFWriteDirectory(tiff) == 1;
     return handle.check(written, zelWRITEFAILED);

@@ -27,9 +27,8 @@ bool needsBigTiff(const Attributes& image);
 /// Describes the image in libtiff's current directory, which is new, and writes the directory.
 zelStatus writeDirectory(Handle& handle, const Attributes& image, const Options& options);
 
-/// Sets what the current directory's codec takes from the options. `existing` means that others may
-/// have made the image.
-void setUpCodec(TIFF* tiff, const Options& options, bool existing);
+/// Sets what the current directory's codec takes from the options.
+void setUpCodec(TIFF* tiff, const Options& options);
 
 } // namespace zeltiff
 

@@ -81,6 +81,13 @@ bool setUpCodec(TIFF* tiff, Use use, Tags& tags) {
     return true;
 }
 
+bool hasSharedTables(TIFF* tiff, const Tags& tags) {
+    std::uint32_t bytes = 0;
+    void* tables = nullptr;
+    return tags.scheme == COMPRESSION_JPEG &&
+           TIFFGetField(tiff, TIFFTAG_JPEGTABLES, &bytes, &tables) == 1;
+}
+
 bool lastExtraIsAlpha(const Tags& tags) {
     return tags.extras == 1 && (tags.extraKinds[0] == EXTRASAMPLE_ASSOCALPHA ||
                                 tags.extraKinds[0] == EXTRASAMPLE_UNASSALPHA);
@@ -296,6 +303,7 @@ zelStatus readLayout(Handle& handle, Use use, Layout& layout) {
     layout.attributes.type = samples->type;
     layout.storedBits = tags.bits;
     layout.raw = tags.scheme == COMPRESSION_NONE;
+    layout.sharedTables = hasSharedTables(tiff, tags);
     layout.swap = TIFFIsByteSwapped(tiff) != 0;
     layout.reverse = tags.fillOrder == FILLORDER_LSB2MSB;
 

@@ -43,7 +43,8 @@ struct Layout {
     int groupRows = 1;
     int groupColumns = 1;
     std::int64_t groupBytes = 0;
-    bool ycc = false; ///< luma and chroma, to be turned into RGB here
+    bool sharedTables = false; ///< JPEG tables that lie outside the blocks
+    bool ycc = false;          ///< luma and chroma, to be turned into RGB here
 
     bool raw = false;     ///< not compressed: rows are read straight from the file
     bool banded = false;  ///< compressed strips that are decoded row by row into several pages

@@ -95,17 +95,16 @@ zelStatus writeRawRows(Handle& handle, const Layout& layout, const BlockRows& ro
     return zelkit::writeExact(handle.fd(), stored.data(), stored.size(), offset + before);
 }
 
-bool isWritable(const Layout& layout) {
-    const SampleKind kind = layout.samples.kind;
-    return !layout.ycc && !layout.banded && (kind == SampleKind::Bit || kind == SampleKind::Copy);
-}
-
 } // namespace
+
+bool canWritePages(const Layout& layout) {
+    const SampleKind kind = layout.samples.kind;
+    return !layout.ycc && !layout.banded && !layout.sharedTables &&
+           (kind == SampleKind::Bit || kind == SampleKind::Copy);
+}
 
 zelStatus writePage(Handle& handle, const Layout& layout, const PageArea& area,
                     const std::uint8_t* page) {
-    if (!isWritable(layout))
-        return zelStatusEncode(zelUNSUPPORTEDBYFILE);
     for (int row = area.y; row < area.y + area.ny;) {
         const BlockRows rows = blockRowsAt(handle.get(), layout, area, row);
         if (rows.block >= layout.blockCount)

@@ -5,10 +5,12 @@
 
 namespace zeltiff {
 
+/// False if pages cannot be written to the image: its samples are not those of the page, its strips
+/// are too large to be made anew, or its blocks share JPEG tables.
+bool canWritePages(const Layout& layout);
+
 /// Writes the area's part of a page, given in full-page layout. What a tile holds beyond the image
-/// repeats the last pixels. Fails with zelUNSUPPORTEDBYFILE if the file's samples are not those of
-/// the page or its strips are too large to be made anew, with zelWRITEFAILED and errno, or as a
-/// read.
+/// repeats the last pixels. Fails with zelWRITEFAILED and errno, or as a read.
 zelStatus writePage(Handle& handle, const Layout& layout, const PageArea& area,
                     const std::uint8_t* page);
 

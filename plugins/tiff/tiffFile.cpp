@@ -121,7 +121,7 @@ zelStatus TiffFile::showDirectory(int image) {
         status = reader_.start(handle_, layout);
     if (status != zelOKAY)
         return status;
-    setUpCodec(handle_.get(), options_, use != Use::Create);
+    setUpCodec(handle_.get(), options_);
     layout_ = layout;
     current_ = image;
     cache_ = PageCache();
@@ -302,6 +302,8 @@ zelStatus TiffFile::setPage(const void* data, int x, int y, int z, int c, int nx
     const PageArea area{x, y, z, c, nx, ny, nz, nc};
     if (!data || !isPage(area))
         return zelStatusEncode(zelBADPARAMS);
+    if (!canWritePages(layout_))
+        return zelStatusEncode(zelUNSUPPORTEDBYFILE);
     if (layout_.raw)
         return writePage(handle_, layout_, area, static_cast<const std::uint8_t*>(data));
     const zelStatus status = cache_.holds(area) ? zelOKAY : flushPage();
