@@ -10,18 +10,21 @@ BUILD := build/$(PRESET)
 ZEL := $(BUILD)/bin/zel
 DEMO := build/demo
 
-.PHONY: all demo test bench format lint docs deps clean
+.PHONY: all configure demo test bench format lint docs clean
 
-all: deps
-	@echo "== Building the preset $(PRESET) in $(BUILD)"
-	@cmake --preset $(PRESET) --log-level=WARNING
+all: configure
+	@echo "== Building everything in $(BUILD)"
 	@cmake --build --preset $(PRESET) -j $(JOBS)
 
-deps:
+configure:
 	@echo "== Looking for the packages that the build needs"
 	@scripts/deps
+	@echo "== Configuring the preset $(PRESET) in $(BUILD)"
+	@cmake --preset $(PRESET) >/dev/null
 
-demo: all
+demo: configure
+	@echo "== Building the library, the plug-ins, the command zel and the example paint"
+	@cmake --build --preset $(PRESET) -j $(JOBS) --target zel_tool zel_plugins paint
 	@mkdir -p $(DEMO)
 ifeq ($(IMAGE),)
 	@echo "== Painting a picture through the library: examples/paint.cpp"
