@@ -15,7 +15,10 @@ public:
     zelListItem(const zelListItem&) = delete;
     zelListItem& operator=(const zelListItem&) = delete;
     /// An item is destroyed unlinked, or as the head of an empty list.
-    ~zelListItem() { assert(next == prev && (next == NULL || next == this)); }
+    ~zelListItem() {
+        // NOLINTNEXTLINE(modernize-use-nullptr): the assertion's text is part of the contract.
+        assert(next == prev && (next == NULL || next == this));
+    }
 
     /// Forgets the links without telling the neighbours.
     void initLinks() { next = prev = nullptr; }

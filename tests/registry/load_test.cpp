@@ -202,7 +202,9 @@ TEST(Load, LetsAHandlerSearchWhileItReads) {
 
 #ifndef __SANITIZE_ADDRESS__
 TEST(Load, EndsWhenATokenFindsNoMemory) {
-    const std::string text = "format ab description \"" + std::string(70000000, 'x') + "\"";
+    std::string text = "format ab description \"";
+    text.resize(70000000, 'x');
+    text += "\"";
     const ChildResult result = runWithDatabase(text, [] {
         const rlimit limit{100 << 20, 100 << 20};
         setrlimit(RLIMIT_AS, &limit);

@@ -6,8 +6,10 @@
 #include <zel/zelVersion.h>
 
 #include <cstdlib>
+#include <memory>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -31,12 +33,15 @@ struct Registration {
         for (std::string name; std::getline(names, name, ',');) {
             if (name.back() == '+') {
                 name.pop_back();
-                new TestFormat(name.c_str(), ZEL_VERSION_MAJOR, ZEL_VERSION_MINOR);
+                formats.push_back(std::make_unique<TestFormat>(name.c_str(), ZEL_VERSION_MAJOR,
+                                                               ZEL_VERSION_MINOR));
             } else {
-                new TestFormat(name.c_str());
+                formats.push_back(std::make_unique<TestFormat>(name.c_str()));
             }
         }
     }
+
+    std::vector<std::unique_ptr<TestFormat>> formats;
 } registration;
 
 } // namespace
