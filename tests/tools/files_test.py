@@ -121,7 +121,7 @@ class Messages(ToolTest):
              'may mean lower-right, lower-left'),
             (2, ["convert", "a.ppm", "b.ppm", "--page", "0x4"], "no page size"),
             (2, ["convert", "a.ppm", "b.ppm", "--range", "3,3"], "two different numbers"),
-            (2, ["nonsense"], 'there is no command "nonsense"; the commands are compare, '),
+            (2, ["nonsense"], 'there is no command "nonsense"; the commands are checkdb, '),
             (2, [], "subcommand is required"),
         ]
         for status, words, text in cases:

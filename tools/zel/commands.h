@@ -17,6 +17,8 @@ Command addInfoCommand(CLI::App& app);
 Command addConvertCommand(CLI::App& app);
 Command addStatsCommand(CLI::App& app);
 Command addCompareCommand(CLI::App& app);
+Command addTagsCommand(CLI::App& app);
+Command addCheckdbCommand(CLI::App& app);
 
 } // namespace zel::tool
 

@@ -17,6 +17,7 @@ struct Words {
     std::string range;
     std::string weights = "rec601";
     bool allImages = false;
+    bool strip = false;
 };
 
 /// Parses a word that was given.
@@ -96,6 +97,7 @@ ConvertOptions interpret(const Words& words) {
     options.pixels.inputRange = given<ValueRange>("--range", words.range, parseRange);
     options.pixels.weights = parseWeights("--weights", words.weights);
     options.allImages = words.allImages;
+    options.strip = words.strip;
     if (options.pixels.inputRange && options.pixels.mode != ValueMode::scale) {
         throw UsageError{"--range scales values and does not go with --values " + words.values};
     }
@@ -141,6 +143,8 @@ Command addConvertCommand(CLI::App& app) {
                      "Parts of red, green and blue in luminance: rec601, rec709, average, R,G,B")
         ->capture_default_str();
     command->add_flag("--all", words->allImages, "Take every image of the file");
+    command->add_flag("--strip", words->strip,
+                      "Leave out statistics, scale values, ICC profile and tags");
     return [words] {
         convertImage(words->in, words->out, interpret(*words));
         return 0;

@@ -2,9 +2,11 @@
 
 #include "formatList.h"
 #include "imageName.h"
+#include "metadata.h"
 #include "newImage.h"
 #include "safeOutput.h"
 #include "transfer.h"
+#include "valueNames.h"
 
 #include <set>
 
@@ -24,7 +26,7 @@ public:
         makeImage(source, options, format, shownName,
                   [&](zelFileConfig& config) { return file ? append(config) : create(config); });
         carryPalette(source);
-        movePixels(source);
+        fill(source);
     }
 
     void commit() {
@@ -71,11 +73,17 @@ private:
         return {orientation, tile};
     }
 
-    void movePixels(const SourceImage& source) {
+    void fill(const SourceImage& source) {
         const PixelLayout out{file->getDataType(), modelFor(source), file->getCsize()};
         const bool expands = source.palette && out.model != zelRGBPalette;
         PixelPipeline pipeline(source.layout, out, options.pixels,
                                expands ? source.palette : std::nullopt);
+        if (!options.strip) {
+            const auto lost = carryMetadata(source, *file, pipeline.values());
+            if (!lost.empty()) {
+                notes.insert("not carried: " + joinWords(lost));
+            }
+        }
         Progress progress(shownName, static_cast<double>(source.region.nx) * source.region.ny *
                                          source.region.nz);
         transferPixels({source.file, source.name, *file, shownName, viewOf(source), source.region.z,

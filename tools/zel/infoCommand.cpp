@@ -1,10 +1,13 @@
 #include "commands.h"
 
+#include "iccProfile.h"
 #include "imageFile.h"
 #include "imageName.h"
 #include "table.h"
+#include "tagTexts.h"
 #include "valueNames.h"
 
+#include <zel/zelColormap.h>
 #include <zel/zelFormat.h>
 #include <zel/zelTypeNames.h>
 
@@ -29,6 +32,11 @@ struct ImageInfo {
     std::string colorModel;
     std::string orientation;
     std::string compression;
+    // What only a verbose report tells.
+    int colormapEntries = 0;
+    size_t profileSize = 0;
+    std::string profileName;
+    std::vector<TagText> tags;
 };
 
 ImageInfo describe(zelFile& file, const std::string& name) {
@@ -46,6 +54,18 @@ ImageInfo describe(zelFile& file, const std::string& name) {
     info.orientation = zelOrientationName(file.getOrientation());
     info.compression = zelCompressionName(file.getCompression());
     return info;
+}
+
+void describeMore(zelFile& file, ImageInfo& info) {
+    const zelColormap* map = nullptr;
+    if (file.getColormap(map) == zelOKAY && map) {
+        info.colormapEntries = map->getLength();
+    }
+    if (const auto profile = readProfile(file)) {
+        info.profileSize = profile->size();
+        info.profileName = profileName(*profile);
+    }
+    info.tags = readTags(file);
 }
 
 std::string extents(const zelSize& size) {
@@ -74,10 +94,23 @@ nlohmann::ordered_json toJson(const ImageInfo& info) {
             {"compression", info.compression}};
 }
 
-void printJson(const std::vector<ImageInfo>& infos) {
+void addMore(nlohmann::ordered_json& object, const ImageInfo& info) {
+    object["colormapEntries"] = info.colormapEntries;
+    object["profileSize"] = info.profileSize;
+    object["profileName"] = info.profileName;
+    object["tags"] = nlohmann::ordered_json::object();
+    for (const TagText& tag : info.tags) {
+        object["tags"][tag.name] = tag.text;
+    }
+}
+
+void printJson(const std::vector<ImageInfo>& infos, bool verbose) {
     auto array = nlohmann::ordered_json::array();
     for (const ImageInfo& info : infos) {
         array.push_back(toJson(info));
+        if (verbose) {
+            addMore(array.back(), info);
+        }
     }
     std::cout << jsonText(array);
 }
@@ -105,6 +138,16 @@ void printVerbose(const ImageInfo& info) {
     table.addRow({"  page size", extents(info.page)});
     table.addRow({"  page channels", std::to_string(info.page.c)});
     table.addRow({"  compression", info.compression});
+    if (info.colormapEntries > 0) {
+        table.addRow({"  colour map", std::to_string(info.colormapEntries) + " entries"});
+    }
+    if (info.profileSize > 0) {
+        table.addRow(
+            {"  ICC profile", std::to_string(info.profileSize) + " bytes  " + info.profileName});
+    }
+    for (const TagText& tag : info.tags) {
+        table.addRow({"  " + tag.name, tag.text});
+    }
     std::cout << info.name << '\n' << table.text();
 }
 
@@ -112,9 +155,12 @@ int showInfo(const std::vector<std::string>& names, bool asJson, bool verbose) {
     std::vector<ImageInfo> infos;
     const int status = forEachImage(names, [&](zelFile& file, const std::string& name) {
         infos.push_back(describe(file, name));
+        if (verbose) {
+            describeMore(file, infos.back());
+        }
     });
     if (asJson) {
-        printJson(infos);
+        printJson(infos, verbose);
     } else if (verbose) {
         for (const ImageInfo& info : infos) {
             printVerbose(info);

@@ -101,6 +101,8 @@ int run(int argc, char** argv) {
     commands["convert"] = addConvertCommand(app);
     commands["stats"] = addStatsCommand(app);
     commands["compare"] = addCompareCommand(app);
+    commands["tags"] = addTagsCommand(app);
+    commands["checkdb"] = addCheckdbCommand(app);
     if (const std::string text = unknownCommandText(commands, argc > 1 ? argv[1] : "-");
         !text.empty()) {
         printMessage("", text);

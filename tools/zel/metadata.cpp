@@ -1,0 +1,94 @@
+#include "metadata.h"
+
+#include "iccProfile.h"
+#include "tagTexts.h"
+
+#include <zel/zelFormat.h>
+
+#include <array>
+#include <numeric>
+
+namespace zel::tool {
+namespace {
+
+using GetRange = zelStatus (zelFile::*)(double&, double&);
+using SetRange = zelStatus (zelFile::*)(double, double);
+
+// These stand for the statistics and the scale values, which are carried as numbers of the new
+// image.
+const std::vector<std::string> kRangeTags{"MinSampleValue", "MaxSampleValue", "SMinSampleValue",
+                                          "SMaxSampleValue"};
+
+/// Whether all pixels of the source are taken, and all of each.
+bool isWhole(const SourceImage& source) {
+    zelSize size;
+    source.file.getSize(size, zelUpperLeftOrigin);
+    std::vector<int> all(static_cast<size_t>(size.c));
+    std::iota(all.begin(), all.end(), 0);
+    return source.channels == all &&
+           source.region == zelTile3D<int>(0, 0, 0, size.x, size.y, size.z);
+}
+
+/// What a profile tells colours from: grey, RGB or inks.
+int colourSpace(zelColorModel model) {
+    switch (model) {
+    case zelLuminance:
+    case zelLuminanceAlpha:
+        return zelLuminance;
+    case zelRGB:
+    case zelRGBA:
+    case zelBGR:
+    case zelABGR:
+    case zelRGBPalette:
+        return zelRGB;
+    default:
+        return model;
+    }
+}
+
+/// False if there is something to carry and the target does not take it.
+bool carryRange(zelFile& from, zelFile& to, ValueMap map, GetRange get, SetRange set) {
+    std::array<double, 2> range{};
+    const ValueRange full = fullRange(from.getDataType());
+    if ((from.*get)(range[0], range[1]) != zelOKAY ||
+        (range[0] == full.low && range[1] == full.high)) {
+        return true;
+    }
+    map.apply(range);
+    return (to.*set)(range[0], range[1]) == zelOKAY;
+}
+
+bool carryProfile(const SourceImage& source, zelFile& target) {
+    const auto profile = readProfile(source.file);
+    return !profile ||
+           (colourSpace(source.file.getColorModel()) == colourSpace(target.getColorModel()) &&
+            target.setICCProfile(static_cast<int>(profile->size()), profile->data()) == zelOKAY);
+}
+
+} // namespace
+
+std::vector<std::string> carryMetadata(const SourceImage& source, zelFile& target,
+                                       const ValueMap& values) {
+    std::vector<std::string> lost;
+    const auto note = [&](bool carried, const char* what) {
+        if (!carried) {
+            lost.emplace_back(what);
+        }
+    };
+    // Where colours became others, the ranges of the old ones say nothing.
+    if (source.file.getColorModel() == target.getColorModel()) {
+        note(carryRange(source.file, target, values, &zelFile::getScaleMinMax,
+                        &zelFile::setScaleMinMax),
+             "scale values");
+        note(!isWhole(source) || carryRange(source.file, target, values, &zelFile::getStatMinMax,
+                                            &zelFile::setStatMinMax),
+             "statistics");
+    }
+    note(carryProfile(source, target), "ICC profile");
+    for (const std::string& name : copyTags(source.file, target, kRangeTags)) {
+        lost.push_back("tag " + name);
+    }
+    return lost;
+}
+
+} // namespace zel::tool
