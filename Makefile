@@ -3,6 +3,8 @@
 
 PRESET ?= release
 JOBS ?= $(shell nproc)
+# More for CMake: make CMAKE_ARGS=-DZEL_REQUIRE_ALL_PLUGINS=ON
+CMAKE_ARGS ?=
 # A picture to convert instead of the painted one: make demo IMAGE=photo.tif
 IMAGE ?=
 
@@ -20,7 +22,7 @@ configure:
 	@echo "== Looking for the packages that the build needs"
 	@scripts/deps
 	@echo "== Configuring the preset $(PRESET) in $(BUILD)"
-	@cmake --preset $(PRESET) >/dev/null
+	@cmake --preset $(PRESET) $(CMAKE_ARGS) >/dev/null
 
 demo: configure
 	@echo "== Building the library, the plug-ins, the command zel and the example paint"
