@@ -38,8 +38,8 @@ public:
     void setPageSize(const zelSize& pageSize);
 
     /// Gives every page a border of this width on each side, counted in the page size. Nonzero
-    /// `includeBorder` also visits pages that the tile reaches only in their border. Widths below 0
-    /// give no pages.
+    /// `includeBorder` also visits pages that the tile reaches only in their border. A width below
+    /// 0 leaves a gap of twice that width between neighbouring pages.
     void setPageBorder(const zelXYZ<int>& border, int includeBorder);
 
     /// The tile to walk over; the arguments are those of the constructors.
@@ -61,10 +61,10 @@ public:
 private:
     void reset();
     int moreChans();
-    bool setPitch();
-    void spanChannelList();
-    bool placeFirstPage();
-    int countPages() const;
+    ZEL_LOCAL bool setPitch();
+    ZEL_LOCAL void spanChannelList();
+    ZEL_LOCAL bool placeFirstPage();
+    ZEL_LOCAL int countPages() const;
 
     int ox, oy, oz, oc;
     int sx, sy, sz, sc;

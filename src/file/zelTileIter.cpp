@@ -137,7 +137,7 @@ void zelTileIter::reset() {
     pageCount = 0;
     if (ox >= ex || oy >= ey || oz >= ez || !setPitch())
         return;
-    if (ec < oc)
+    if (chanList && ec < oc)
         spanChannelList();
     if (!placeFirstPage())
         return;
@@ -154,7 +154,7 @@ bool zelTileIter::setPitch() {
     const Wide px = nx - 2 * Wide{bx};
     const Wide py = ny - 2 * Wide{by};
     const Wide pz = nz - 2 * Wide{bz};
-    if (bx < 0 || by < 0 || bz < 0 || px < 1 || py < 1 || pz < 1 || nc < 1)
+    if (px < 1 || py < 1 || pz < 1 || nc < 1 || !fitsInt(std::max({px, py, pz})))
         return false;
     dx = static_cast<int>(px);
     dy = static_cast<int>(py);

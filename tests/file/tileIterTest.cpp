@@ -43,6 +43,7 @@ TEST(TileIter, walksAlongXAsWorkedByHand) {
     EXPECT_EQ(walkX(100, 150, 64, 8, false), (List{88}));
     EXPECT_EQ(walkX(100, 160, 64, 8, false), (List{88, 136}));
     EXPECT_EQ(walkX(100, 300, 64, 0, true, true), (List{100, 164, 228, 292}));
+    EXPECT_EQ(walkX(0, 40, 8, -4, true), (List{-12, 4, 20, 36})) << "with gaps";
     EXPECT_EQ(walkX(0, 100, 16, 8, true), (List{})) << "nothing lies between the borders";
     EXPECT_EQ(walkX(0, 100, 0, 0, true), (List{}));
 }
@@ -89,6 +90,12 @@ TEST(TileIter, staysInTheIntRange) {
     zelTileIter wide(zelTile3D<int>(0, 0, 0, 1, 1, 1), zelSize(INT_MAX, 1, 1, 1), 1);
     wide.setPageBorder(zelXYZ<int>(INT_MIN, INT_MIN, INT_MIN), 1);
     EXPECT_EQ(wide.more(), 0);
+    int list[] = {0, 1};
+    const zelConfig listed(zelUChar, zelInterleaved, 2, list, 0, zelLowerLeftOrigin);
+    zelTileIter lacking(zelTile3D<int>(0, 0, 0, 1, 1, 1), zelSize(1, 1, 1, 1), 2, &listed);
+    EXPECT_EQ(lacking.more(), 1);
+    lacking.setTile(zelTile3D<int>(0, 0, 0, 1, 1, 1), -1);
+    EXPECT_EQ(lacking.more(), 0) << "no channels, and no list any more";
     zelTileIter fresh;
     EXPECT_EQ(fresh.more(), 0);
 }
