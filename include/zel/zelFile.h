@@ -276,10 +276,11 @@ protected:
 
 private:
     /// The steps of open and create. `file` may be an unfinished object when they fail.
-    static zelStatus makeObject(zelFile*& file, zelFormat& fmt, const zelFileDesc& desc, int mode);
-    static zelStatus openInto(zelFile*& file, zelFileDesc& desc, int mode, int& openedFd);
-    static zelStatus createInto(zelFile*& file, const zelFileDesc& desc, zelFile* source,
-                                const zelFileConfig* cfg);
+    ZEL_LOCAL static zelStatus makeObject(zelFile*& file, zelFormat& fmt, const zelFileDesc& desc,
+                                          int mode);
+    ZEL_LOCAL static zelStatus openInto(zelFile*& file, zelFileDesc& desc, int mode, int& openedFd);
+    ZEL_LOCAL static zelStatus createInto(zelFile*& file, const zelFileDesc& desc, zelFile* source,
+                                          const zelFileConfig* cfg);
 
     int* channelPermutation;
     int attrChanged;

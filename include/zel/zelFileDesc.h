@@ -49,8 +49,8 @@ public:
 
 private:
     void lookupFormat(const char* name);
-    void copyTexts(const char* name, const char* specific);
-    void requireName();
+    ZEL_LOCAL void copyTexts(const char* name, const char* specific);
+    ZEL_LOCAL void requireName();
 
     char* fileName;
     int index;
