@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <vector>
 
 namespace zeltiff {
@@ -74,7 +75,7 @@ zelStatus writeColormap(Handle& handle, const Layout& layout, const zelColormap&
             // Not a number counts as 0.
             const double inRange = value > 0 ? std::min(value, 65535.0) : 0;
             values[static_cast<std::size_t>(c)].push_back(
-                static_cast<std::uint16_t>(inRange + 0.5));
+                static_cast<std::uint16_t>(std::lround(inRange)));
         }
     return handle.check(TIFFSetField(handle.get(), TIFFTAG_COLORMAP, values[0].data(),
                                      values[1].data(), values[2].data()) == 1,

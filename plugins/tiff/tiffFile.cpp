@@ -65,16 +65,18 @@ zelStatus TiffFile::openHandle(const char* mode, std::int64_t largestBlock) {
     return handle_.open(fd, nameForMessages(), mode, largestBlock);
 }
 
+// For each allocation of libtiff; none for what was made here.
+std::int64_t TiffFile::memoryLimit() const {
+    std::int64_t length = 0;
+    if (firstOurs_ != INT_MAX || zelkit::getFileLength(fd, length) != zelOKAY)
+        return 0;
+    const std::int64_t allowance = accessmode == 2 ? updateAllowance : readingAllowance;
+    return allowance + std::min(length, INT64_MAX / 2 / allowancePerByte) * allowancePerByte;
+}
+
 zelStatus TiffFile::openFile() {
     readOptions();
-    std::int64_t length = 0;
-    const zelStatus known = zelkit::getFileLength(fd, length);
-    if (known != zelOKAY)
-        return known;
-    const std::int64_t allowance = accessmode == 2 ? updateAllowance : readingAllowance;
-    const zelStatus opened = openHandle(
-        accessmode == 2 ? "r+mC" : "rmC",
-        allowance + std::min(length, INT64_MAX / 2 / allowancePerByte) * allowancePerByte);
+    const zelStatus opened = openHandle(accessmode == 2 ? "r+mC" : "rmC", memoryLimit());
     return opened == zelOKAY ? showDirectory(0) : opened;
 }
 
@@ -149,7 +151,10 @@ zelStatus TiffFile::selectImage(int image) {
 
 // Writes the page in hand and the directory. libtiff forgets a directory that it writes anew.
 zelStatus TiffFile::writeOut() {
-    zelStatus status = flushPage();
+    zelStatus status = checkOpen();
+    if (status != zelOKAY)
+        return status;
+    status = flushPage();
     status = firstFailure(status, handle_.check(TIFFFlush(handle_.get()) == 1, zelWRITEFAILED));
     if (TIFFCurrentDirOffset(handle_.get()) == 0)
         status = firstFailure(status, selectImage(current_));
@@ -174,10 +179,10 @@ zelStatus TiffFile::setCurrentImg(int i) {
     if (i < 0 || i >= getNumImgs())
         return zelStatusEncode(zelFILEINDEXOOB);
     const int before = current_;
-    zelStatus status = accessmode == 2 ? writeOut() : zelOKAY;
-    noteHoles();
+    zelStatus status = flush();
     if (status != zelOKAY)
         return status;
+    noteHoles();
     status = selectImage(i);
     if (status != zelOKAY) {
         if (TIFFSetDirectory(handle_.get(), static_cast<tdir_t>(before)) == 1)
@@ -214,7 +219,6 @@ zelStatus TiffFile::appendImg(zelFile* source, zelFileConfig* config) {
         status = zelStatusEncode(zelCORRUPTED);
     if (status == zelOKAY)
         status = writeOut();
-    noteHoles();
     if (status == zelOKAY)
         status = addImage(image);
     double min = 0, max = 0;
@@ -225,23 +229,28 @@ zelStatus TiffFile::appendImg(zelFile* source, zelFileConfig* config) {
     return status;
 }
 
+// A handle that appends starts with an empty directory; taking one away from a handle that has read
+// it would leave its codec's memory behind.
 zelStatus TiffFile::addImage(const Attributes& image) {
     const int before = current_;
-    TIFFFreeDirectory(handle_.get());
-    TIFFCreateDirectory(handle_.get());
-    zelStatus status = writeDirectory(handle_, image, options_);
-    if (status != zelOKAY) {
-        TIFFFreeDirectory(handle_.get());
-        TIFFCreateDirectory(handle_.get());
-        selectImage(before);
-        return status;
+    noteHoles();
+    zelStatus status = handle_.close();
+    if (status == zelOKAY)
+        status = openHandle("amC", 0);
+    if (status == zelOKAY)
+        status = writeDirectory(handle_, image, options_);
+    status = firstFailure(status, handle_.close());
+    const bool added = status == zelOKAY;
+    if (added) {
+        firstOurs_ = std::min(firstOurs_, images_);
+        holed_.push_back(images_);
+        images_++;
+        markAttributesChanged();
     }
-    firstOurs_ = std::min(firstOurs_, images_);
-    holed_.push_back(images_);
-    images_++;
-    status = selectImage(images_ - 1);
-    markAttributesChanged();
-    return status;
+    const zelStatus reopened = openHandle("r+mC", memoryLimit());
+    if (reopened != zelOKAY)
+        return firstFailure(status, reopened);
+    return firstFailure(status, selectImage(added ? images_ - 1 : before));
 }
 
 // Drops the current image from the list of those that may have unwritten blocks, if it has none.
@@ -251,7 +260,9 @@ void TiffFile::noteHoles() {
 }
 
 zelStatus TiffFile::fillHoles() {
-    zelStatus status = zelOKAY;
+    zelStatus status = checkOpen();
+    if (status != zelOKAY)
+        return status;
     noteHoles();
     for (const int image : holed_) {
         if (status == zelOKAY && image != current_)
@@ -263,8 +274,13 @@ zelStatus TiffFile::fillHoles() {
     return status;
 }
 
+// The handle is lost if it could not be opened again after an image was added.
+zelStatus TiffFile::checkOpen() const {
+    return handle_.get() ? zelOKAY : zelStatusEncode(zelREADFAILED);
+}
+
 zelStatus TiffFile::checkWritable() const {
-    return accessmode == 2 ? zelOKAY : zelStatusEncode(zelREADONLY);
+    return accessmode == 2 ? checkOpen() : zelStatusEncode(zelREADONLY);
 }
 
 std::size_t TiffFile::pageBytes() const {
@@ -284,6 +300,8 @@ zelStatus TiffFile::getPage(void* data, int x, int y, int z, int c, int nx, int 
     const PageArea area{x, y, z, c, nx, ny, nz, nc};
     if (!data || !isPage(area))
         return zelStatusEncode(zelBADPARAMS);
+    if (checkOpen() != zelOKAY)
+        return checkOpen();
     if (cache_.holds(area)) {
         std::memcpy(data, cache_.bytes.data(), cache_.bytes.size());
         return zelOKAY;
@@ -332,7 +350,7 @@ zelStatus TiffFile::flushPage() {
 }
 
 zelStatus TiffFile::getColormap(const zelColormap*& colormap) {
-    if (!colormap_)
+    if (!colormap_ && checkOpen() == zelOKAY)
         colormap_ = readColormap(handle_.get(), layout_);
     colormap = colormap_.get();
     return colormap_ ? zelOKAY : zelStatusEncode(zelUNSUPPORTEDBYFILE);
@@ -353,6 +371,8 @@ zelStatus TiffFile::setColormap(const zelColormap* colormap) {
 
 zelStatus TiffFile::getStatMinMax(double& min, double& max) {
     double low = 0, high = 0;
+    if (checkOpen() != zelOKAY)
+        return checkOpen();
     if (TIFFGetField(handle_.get(), TIFFTAG_SMINSAMPLEVALUE, &low) != 1 ||
         TIFFGetField(handle_.get(), TIFFTAG_SMAXSAMPLEVALUE, &high) != 1)
         return zelStatusEncode(zelBADFIELDGET);
@@ -375,6 +395,8 @@ zelStatus TiffFile::setStatMinMax(double min, double max) {
 
 zelStatus TiffFile::getScaleMinMax(double& min, double& max) {
     std::uint16_t low = 0, high = 0;
+    if (checkOpen() != zelOKAY)
+        return checkOpen();
     if (TIFFGetField(handle_.get(), TIFFTAG_MINSAMPLEVALUE, &low) != 1 ||
         TIFFGetField(handle_.get(), TIFFTAG_MAXSAMPLEVALUE, &high) != 1)
         return zelStatusEncode(zelBADFIELDGET);
@@ -401,7 +423,8 @@ zelStatus TiffFile::setScaleMinMax(double min, double max) {
 }
 
 zelStatus TiffFile::getItem(int tag, va_list args) {
-    return zeltiff::getTag(handle_.get(), tag, args);
+    const zelStatus opened = checkOpen();
+    return opened == zelOKAY ? zeltiff::getTag(handle_.get(), tag, args) : opened;
 }
 
 zelStatus TiffFile::setItem(int tag, va_list args) {
@@ -412,6 +435,8 @@ zelStatus TiffFile::setItem(int tag, va_list args) {
 zelStatus TiffFile::_getICCProfile(int& bytes, void*& profile) {
     std::uint32_t stored = 0;
     void* data = nullptr;
+    if (checkOpen() != zelOKAY)
+        return checkOpen();
     if (TIFFGetField(handle_.get(), TIFFTAG_ICCPROFILE, &stored, &data) != 1 || stored == 0 ||
         stored > INT_MAX)
         return zelStatusEncode(zelBADFIELDGET);

@@ -72,6 +72,7 @@ private:
     void readOptions();
     Attributes attributes() const;
     zelStatus openHandle(const char* mode, std::int64_t largestBlock);
+    std::int64_t memoryLimit() const;
     bool isOurs(int image) const { return image >= firstOurs_; }
     zelStatus showDirectory(int image);
     zelStatus selectImage(int image);
@@ -82,6 +83,7 @@ private:
     bool isPage(const PageArea& area) const;
     zelStatus flushPage();
     void cachePage(const PageArea& area, const void* data, bool dirty);
+    zelStatus checkOpen() const;
     zelStatus checkWritable() const;
     std::size_t pageBytes() const;
 
