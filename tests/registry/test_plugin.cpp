@@ -15,7 +15,7 @@ namespace {
 
 zelTagDescription tags[1] = {};
 
-class TestFormat : public zelReadOnlyFormat {
+class TestFormat final : public zelReadOnlyFormat {
 public:
     using zelReadOnlyFormat::zelReadOnlyFormat;
 
