@@ -33,8 +33,12 @@ struct zelNameDesc {
 ///
 /// A client calls open or create, asks for attributes, moves tiles, and ends with close, which is
 /// the only way to destroy the object. A file with several images shows one at a time, which
-/// setCurrentImg selects. A file belongs to one thread at a time. Operations that a format does not
-/// offer answer zelUNSUPPORTEDBYFORMAT and change nothing.
+/// setCurrentImg selects. Operations that a format does not offer answer zelUNSUPPORTEDBYFORMAT and
+/// change nothing.
+///
+/// A file belongs to one thread at a time. open and create also use what the process has only once
+/// (the table of formats, the loader, the error handler) without a lock: one thread at a time in
+/// the whole process calls them.
 ///
 /// A plug-in's class implements openFile and closeFile, and what its format can do beside them. It
 /// has a static zelClassList of its own and overrides the four operations of class identity.
@@ -53,7 +57,11 @@ public:
     /// - zelBADMAGIC: no format recognises the file;
     /// - zelUNSUPPORTEDBYFORMAT: the format does not allow the mode;
     /// - zelFILEINDEXOOB: there is no image of that index;
+    /// - zelMALLOCFAILED (kind 1): no memory for the file object;
     /// - whatever the plug-in says.
+    ///
+    /// A database that cannot be read and a plug-in that does not load are also reported at
+    /// severity 0, by which the handler that is chosen by default ends the process.
     static zelFile* open(const char* fullname, int mode, zelStatus* status = nullptr);
 
     /// The same with an open descriptor (any negative one means none) and a format (null means that
@@ -63,7 +71,8 @@ public:
                          zelStatus* status = nullptr);
 
     /// The same from a record, whose descriptor and format may be changed by the call. A descriptor
-    /// that the call itself opened is closed again on failure.
+    /// that the call itself opened is closed again on failure. On success the record tells the
+    /// descriptor that the file owns: a record serves one open only.
     static zelFile* open(zelFileDesc& fileDesc, int mode, zelStatus* status = nullptr);
 
     /// Makes a new file, open for reading and writing. What `cfg` (which may be null) leaves open
@@ -78,6 +87,8 @@ public:
                            zelFormat* format, zelStatus* status = nullptr);
 
     /// The same with an open descriptor for the plug-in to write to; any negative one means none.
+    /// If no format is given or named, the first bytes behind the descriptor are tried before the
+    /// suffix. On success the file owns the descriptor; on failure it stays open and the caller's.
     static zelFile* create(int fd, const char* fullname, zelFile* source, const zelFileConfig* cfg,
                            zelFormat* format, zelStatus* status = nullptr);
 
@@ -143,7 +154,8 @@ public:
 
     /// Attributes that only the format knows, by a number and with arguments that the format
     /// defines. getTag and getItem are one operation under two names, as are setTag and setItem.
-    /// A list handed to the V forms stays the caller's to end.
+    /// A list handed to the V forms stays the caller's to end. What the format answers for a number
+    /// that it does not know is its own choice.
     zelStatus getTag(int tag, ...);
     zelStatus getItem(int tag, ...);
     zelStatus setTag(int tag, ...);
@@ -186,7 +198,8 @@ public:
     /// Moves one page between the file and `data`. x, y, z, c is the page's origin, a multiple of
     /// the page size in each direction; nx, ny, nz, nc its extent, cut at the image's edge. `data`
     /// always has the layout of a full page in the file's type and order: at an edge the elements
-    /// still lie where they lie in a full page.
+    /// still lie where they lie in a full page. Nobody looks at accessmode before: a file opened to
+    /// be read answers setPage itself, with zelREADONLY.
     virtual zelStatus getPage(void* data, int x, int y, int z, int c, int nx, int ny, int nz,
                               int nc);
     virtual zelStatus setPage(const void* data, int x, int y, int z, int c, int nx, int ny, int nz,
@@ -211,6 +224,7 @@ public:
     /// The range of values in the image, and the range to show it by.
     virtual zelStatus getStatMinMax(double& min, double& max);
     virtual zelStatus getScaleMinMax(double& min, double& max);
+    /// The map is read within the call and stays the caller's.
     virtual zelStatus setColormap(const zelColormap* colormap);
     virtual zelStatus setStatMinMax(double min, double max);
     virtual zelStatus setScaleMinMax(double min, double max);

@@ -9,8 +9,9 @@ class zelFormat;
 /// What a client said about the file it wants: name, image index, format, format arguments and
 /// perhaps an open descriptor. zelFile::open and zelFile::create take it.
 ///
-/// It owns copies of its texts, and neither the format nor the descriptor. It is not copied. One
-/// thread at a time; constructing one may read the format database and load a plug-in.
+/// It owns copies of its texts, and neither the format nor the descriptor. It is not copied.
+/// Constructing one, and setFileDesc, may read the format database and load a plug-in: one thread
+/// at a time in the whole process.
 class ZEL_API zelFileDesc {
 public:
     /// Splits `fullname` as zelFile::parseFileName does. A non-null `format` wins, and a format
@@ -34,8 +35,8 @@ public:
     /// read to find one; the descriptor's position is not kept.
     void setFileDesc(int fd);
 
-    /// zelOKAY, zelBADIMGFMT if the named format is unknown or does not load, or zelBADPARAMS if
-    /// there is neither a name nor a descriptor.
+    /// zelOKAY, zelBADIMGFMT if the named format is unknown or does not load, zelBADPARAMS if there
+    /// is neither a name nor a descriptor, or zelMALLOCFAILED (kind 1) if the texts had no room.
     zelStatus getStatus() const;
 
     char* getFileName() const;       ///< null if there is none; owned by this object

@@ -16,7 +16,8 @@ struct zelTagDescription;
 /// What a plug-in registers for each format that it serves: it says what the format can do and
 /// makes the format's file objects. A plug-in holds one static object of a derived class for each
 /// format; constructing it is the whole registration. Format objects live as long as the process.
-/// All queries answer 0 for no and nonzero for yes.
+/// All queries answer 0 for no and nonzero for yes. The searches and the construction of a format
+/// object use the process's one table of entries without a lock: one thread at a time calls them.
 class ZEL_API zelFormat : private zelListItem {
 public:
     /// The searches of zelDatabase, answered with the entry's format object. Null if no entry is

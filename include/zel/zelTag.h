@@ -52,7 +52,8 @@ public:
     zelTag(const zelTag&) = delete;
     zelTag& operator=(const zelTag&) = delete;
 
-    /// Binds a fresh tag to a description. All numbers are 0 and all strings null.
+    /// Binds a fresh tag to a description. All numbers are 0 and all strings null. If memory runs
+    /// out there is no value, and the tag is of no use.
     void init(zelTagDescription* Desc);
 
     /// The elements, packed: short, int, float, double or char* by type. Owned by the tag; null if
@@ -64,12 +65,12 @@ public:
     int getCount() const;
 
     /// Fetches the value from the file, and answers what zelFile::getTag does. Strings that come in
-    /// stay the format's. A count of 0 fetches nothing and is zelOKAY. zelBADPARAMS: a count above
-    /// 5, or an unknown type.
+    /// stay the format's. A count of 0 fetches nothing and is zelOKAY. zelBADPARAMS: no
+    /// description, a count above 5, an unknown type, or no memory for the value.
     zelStatus read(zelFile* file);
 
     /// Hands the value to the file, and answers what zelFile::setTag does. With a count of 0 the
-    /// tag's number alone is handed over. zelBADPARAMS: a count above 5, or an unknown type.
+    /// tag's number alone is handed over. zelBADPARAMS: as for read.
     zelStatus write(zelFile* file) const;
 
     /// Writes the value as text, elements joined by ", ", into `str`, which must have room for it.
@@ -81,6 +82,7 @@ public:
     /// may stand in quotes, and a single string takes all of the text. Names and "True" and "False"
     /// may be abbreviated and in any case. zelBADPARAMS: the text has too few values; elements
     /// without one keep theirs. Too few values but some, or an unknown name, draw a warning.
+    /// zelMALLOCFAILED (kind 1): no memory for a string; the strings before it are kept.
     zelStatus decode(const char* str);
 
 protected:
