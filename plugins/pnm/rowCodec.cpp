@@ -1,5 +1,6 @@
 #include "rowCodec.h"
 
+#include "kit/bits.h"
 #include "kit/sizes.h"
 
 #include <algorithm>
@@ -11,45 +12,9 @@ namespace zelpnm {
 namespace {
 
 using Byte = std::uint8_t;
-
-int getBit(const Byte* bits, std::int64_t at) {
-    return bits[at / 8] >> (7 - at % 8) & 1;
-}
-
-void setBit(Byte* bits, std::int64_t at, int bit) {
-    const Byte mask = static_cast<Byte>(0x80 >> at % 8);
-    Byte& byte = bits[at / 8];
-    byte = static_cast<Byte>(bit ? byte | mask : byte & ~mask);
-}
-
-// Moves bits between any two places, whole bytes of the destination at once. `flip` is 0xff to
-// exchange 0 and 1, else 0.
-void moveBits(Byte* to, std::int64_t toBit, const Byte* from, std::int64_t fromBit,
-              std::int64_t count, Byte flip) {
-    const auto moveOne = [&] {
-        setBit(to, toBit++, getBit(from, fromBit++) ^ (flip & 1));
-        count--;
-    };
-    while (count > 0 && toBit % 8 != 0)
-        moveOne();
-    const std::int64_t whole = count / 8;
-    const int shift = static_cast<int>(fromBit % 8);
-    const Byte* const source = from + fromBit / 8;
-    Byte* const target = to + toBit / 8;
-    // Two loops, so that the one without a shift reads nothing behind the last bit.
-    if (shift == 0)
-        for (std::int64_t i = 0; i < whole; i++)
-            target[i] = static_cast<Byte>(source[i] ^ flip);
-    else
-        for (std::int64_t i = 0; i < whole; i++)
-            target[i] =
-                static_cast<Byte>((source[i] << shift | source[i + 1] >> (8 - shift)) ^ flip);
-    toBit += whole * 8;
-    fromBit += whole * 8;
-    count -= whole * 8;
-    while (count > 0)
-        moveOne();
-}
+using zelkit::getBit;
+using zelkit::moveBits;
+using zelkit::setBit;
 
 std::uint32_t swapBytes(std::uint32_t word) {
     return word << 24 | (word & 0xff00) << 8 | (word >> 8 & 0xff00) | word >> 24;

@@ -1,0 +1,320 @@
+#include "kit/scanlineFile.h"
+
+#include "kit/bits.h"
+#include "kit/palette.h"
+#include "kit/sizes.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+
+namespace zelkit {
+
+namespace {
+
+zelStatus noMemory() {
+    return zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
+}
+
+} // namespace
+
+std::size_t ScanlineFile::rowBytes() const {
+    const auto elements = static_cast<std::size_t>(size.x) * static_cast<std::size_t>(size.c);
+    return dtype == zelBit ? (elements + 7) / 8 : elements * zelDataSize(dtype, 1);
+}
+
+zelStatus ScanlineFile::makeBand() {
+    held_ = -1;
+    nextRow_ = -1;
+    const auto bytes =
+        checkedProduct({static_cast<std::int64_t>(rowBytes()), std::min(pageSize.y, size.y)});
+    const auto elements = checkedProduct({pageSize.x, pageSize.y, pageSize.c});
+    if (!bytes || !elements || *elements > INT_MAX)
+        return zelStatusEncode(zelBADPARAMS);
+    return band_.allocate(static_cast<std::size_t>(*bytes)) ? zelOKAY : noMemory();
+}
+
+zelStatus ScanlineFile::beginReading() {
+    const auto elements = checkedProduct({size.x, size.c});
+    if (size.x < 1 || size.y < 1 || size.c < 1 || !elements || *elements > INT_MAX)
+        return zelStatusEncode(zelBADPARAMS);
+    const auto bytes = static_cast<std::int64_t>(rowBytes());
+    pageSize = zelSize(size.x, bandRows(bytes, size.y), 1, size.c);
+    use_ = Use::Reading;
+    return makeBand();
+}
+
+zelStatus ScanlineFile::beginWriting() {
+    if (size.x < 1 || size.y < 1 || size.z != 1 || size.c < 1 || pageSize.x != size.x ||
+        pageSize.y < 1 || pageSize.z != 1 || pageSize.c != size.c)
+        return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
+    use_ = Use::Writing;
+    writeStatus_ = zelOKAY;
+    return makeBand();
+}
+
+zelStatus ScanlineFile::finishWriting() {
+    if (use_ != Use::Writing)
+        return zelOKAY;
+    zelStatus status = writeStatus_;
+    if (nextRow_ < size.y) {
+        if (status == zelOKAY)
+            status = advanceTo((size.y - 1) / pageSize.y);
+        if (status == zelOKAY)
+            status = emitBand();
+    }
+    if (status == zelOKAY)
+        status = finishEncoding();
+    use_ = Use::Finished;
+    writeStatus_ = status;
+    return status;
+}
+
+zelStatus ScanlineFile::closeFile() {
+    const zelStatus written = finishWriting();
+    const zelStatus closed = closeDescriptor();
+    return written != zelOKAY ? written : closed;
+}
+
+zelStatus ScanlineFile::flush() {
+    return use_ == Use::Writing && held_ >= 0 ? emitBand() : zelOKAY;
+}
+
+zelStatus ScanlineFile::checkWritable() const {
+    if (accessmode != 2)
+        return zelStatusEncode(zelREADONLY);
+    if (use_ == Use::Writing)
+        return zelOKAY;
+    zelError(zelSevWarning, "%s: the format cannot change an existing image", nameForMessages());
+    return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
+}
+
+zelStatus ScanlineFile::checkHeaderOpen() const {
+    const zelStatus status = checkWritable();
+    if (status != zelOKAY || nextRow_ < 0)
+        return status;
+    zelError(zelSevWarning, "%s: tags, colour map and profile come before the first rows",
+             nameForMessages());
+    return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
+}
+
+bool ScanlineFile::isPage(int x, int y, int z, int c, int nx, int ny, int nz, int nc) const {
+    return x == 0 && nx == size.x && z == 0 && nz == 1 && c == 0 && nc == size.c && y >= 0 &&
+           y < size.y && y % pageSize.y == 0 && ny == std::min(pageSize.y, size.y - y);
+}
+
+int ScanlineFile::rowsOf(int band) const {
+    return std::min(pageSize.y, size.y - band * pageSize.y);
+}
+
+// The rows of bits lie in a page without padding.
+void ScanlineFile::bandToPage(void* data, int rows) const {
+    auto* const bytes = static_cast<std::uint8_t*>(data);
+    const std::int64_t elements = std::int64_t{size.x} * size.c;
+    if (dtype != zelBit || elements % 8 == 0)
+        std::memcpy(bytes, band_.data(), rowBytes() * static_cast<std::size_t>(rows));
+    else
+        for (int row = 0; row < rows; row++)
+            moveBits(bytes, row * elements,
+                     band_.data() + rowBytes() * static_cast<std::size_t>(row), 0, elements);
+}
+
+void ScanlineFile::pageToBand(const void* data, int rows) {
+    const auto* const bytes = static_cast<const std::uint8_t*>(data);
+    const std::int64_t elements = std::int64_t{size.x} * size.c;
+    if (dtype != zelBit || elements % 8 == 0)
+        std::memcpy(band_.data(), bytes, rowBytes() * static_cast<std::size_t>(rows));
+    else
+        for (int row = 0; row < rows; row++)
+            moveBits(band_.data() + rowBytes() * static_cast<std::size_t>(row), 0, bytes,
+                     row * elements, elements);
+}
+
+zelStatus ScanlineFile::passOver(int rows) {
+    const zelStatus status = rows > 0 ? skipRows(rows) : zelOKAY;
+    nextRow_ += rows;
+    return status;
+}
+
+zelStatus ScanlineFile::skipRows(int count) {
+    zelStatus status = zelOKAY;
+    while (count > 0 && status == zelOKAY) {
+        const int rows = std::min(count, pageSize.y);
+        status = decodeRows(band_.data(), rows);
+        count -= rows;
+    }
+    return status;
+}
+
+zelStatus ScanlineFile::readBand(int band) {
+    if (band == held_)
+        return zelOKAY;
+    held_ = -1;
+    const int first = band * pageSize.y;
+    zelStatus status = zelOKAY;
+    if (nextRow_ < 0 || nextRow_ > first) {
+        status = startDecoding();
+        nextRow_ = 0;
+    }
+    if (status == zelOKAY)
+        status = passOver(first - nextRow_);
+    if (status == zelOKAY)
+        status = decodeRows(band_.data(), rowsOf(band));
+    // After a failure nobody knows where the codec stands.
+    nextRow_ = status == zelOKAY ? first + rowsOf(band) : -1;
+    if (status == zelOKAY)
+        held_ = band;
+    return status;
+}
+
+zelStatus ScanlineFile::getPage(void* data, int x, int y, int z, int c, int nx, int ny, int nz,
+                                int nc) {
+    if (!data || !isPage(x, y, z, c, nx, ny, nz, nc))
+        return zelStatusEncode(zelBADPARAMS);
+    const int band = y / pageSize.y;
+    if (use_ == Use::Reading) {
+        const zelStatus status = readBand(band);
+        if (status != zelOKAY)
+            return status;
+    } else if (band != held_) {
+        if (use_ == Use::Finished || y < nextRow_ || band < held_)
+            return zelStatusEncode(zelUNSUPPORTEDBYFILE);
+        std::memset(data, 0, zelDataSize(dtype, pageSize));
+        return zelOKAY;
+    }
+    bandToPage(data, ny);
+    return zelOKAY;
+}
+
+// Encodes the band in hand.
+zelStatus ScanlineFile::emitBand() {
+    zelStatus status = zelOKAY;
+    if (nextRow_ < 0) {
+        status = startEncoding();
+        nextRow_ = 0;
+    }
+    if (status == zelOKAY)
+        status = encodeRows(band_.data(), rowsOf(held_));
+    nextRow_ += rowsOf(held_);
+    held_ = -1;
+    writeStatus_ = status;
+    return status;
+}
+
+// Encodes all bands before the given one, which is not encoded yet, and takes that in hand: with
+// rows of 0, if it is not there already.
+zelStatus ScanlineFile::advanceTo(int band) {
+    zelStatus status = zelOKAY;
+    while (held_ != band && status == zelOKAY) {
+        const int next = held_ >= 0 ? held_ + 1 : std::max(nextRow_, 0) / pageSize.y;
+        if (held_ >= 0)
+            status = emitBand();
+        std::memset(band_.data(), 0, band_.size());
+        held_ = next;
+    }
+    return status;
+}
+
+zelStatus ScanlineFile::setPage(const void* data, int x, int y, int z, int c, int nx, int ny,
+                                int nz, int nc) {
+    zelStatus status = checkWritable();
+    if (status == zelOKAY && (!data || !isPage(x, y, z, c, nx, ny, nz, nc)))
+        status = zelStatusEncode(zelBADPARAMS);
+    if (status == zelOKAY)
+        status = writeStatus_;
+    if (status != zelOKAY)
+        return status;
+    const int band = y / pageSize.y;
+    if (y < nextRow_ || band < held_) {
+        zelError(zelSevWarning, "%s: rows are written once, from the first to the last",
+                 nameForMessages());
+        return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
+    }
+    status = advanceTo(band);
+    if (status == zelOKAY)
+        pageToBand(data, ny);
+    return status;
+}
+
+zelStatus ScanlineFile::startEncoding() {
+    return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
+}
+
+zelStatus ScanlineFile::encodeRows(const std::uint8_t*, int) {
+    return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
+}
+
+zelStatus ScanlineFile::finishEncoding() {
+    return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
+}
+
+zelStatus ScanlineFile::getColormap(const zelColormap*& colormap) {
+    colormap = palette.get();
+    return palette ? zelOKAY : zelStatusEncode(zelUNSUPPORTEDBYFILE);
+}
+
+zelStatus ScanlineFile::setColormap(const zelColormap* colormap) {
+    const zelStatus status = checkHeaderOpen();
+    if (status != zelOKAY)
+        return status;
+    if (cm != zelRGBPalette)
+        return zelStatusEncode(zelUNSUPPORTEDBYFILE);
+    auto copy = colormap ? paletteOf(*colormap) : nullptr;
+    if (!copy)
+        return zelStatusEncode(zelBADPARAMS);
+    palette = std::move(copy);
+    return zelOKAY;
+}
+
+std::span<const zelTagDescription> ScanlineFile::tagDescriptions() const {
+    return {};
+}
+
+zelStatus ScanlineFile::getItem(int tag, va_list args) {
+    return getField(fields, tagDescriptions(), tag, args);
+}
+
+zelStatus ScanlineFile::setItem(int tag, va_list args) {
+    const zelStatus status = checkHeaderOpen();
+    return status == zelOKAY ? setField(fields, tagDescriptions(), tag, args) : status;
+}
+
+bool ScanlineFile::carriesIccProfile() const {
+    return false;
+}
+
+zelStatus ScanlineFile::_getICCProfile(int& bytes, void*& profile) {
+    if (!carriesIccProfile())
+        return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
+    if (iccProfile.empty() || iccProfile.size() > INT_MAX)
+        return zelStatusEncode(zelBADFIELDGET);
+    void* const copy = std::malloc(iccProfile.size());
+    if (!copy)
+        return noMemory();
+    std::memcpy(copy, iccProfile.data(), iccProfile.size());
+    bytes = static_cast<int>(iccProfile.size());
+    profile = copy;
+    return zelOKAY;
+}
+
+zelStatus ScanlineFile::_freeICCProfile(void* profile) {
+    std::free(profile);
+    return zelOKAY;
+}
+
+zelStatus ScanlineFile::_setICCProfile(int bytes, const void* profile) {
+    if (!carriesIccProfile())
+        return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
+    zelStatus status = checkHeaderOpen();
+    if (status == zelOKAY && (bytes < 0 || (bytes > 0 && !profile)))
+        status = zelStatusEncode(zelBADPARAMS);
+    if (status != zelOKAY)
+        return status;
+    const auto* const first = static_cast<const std::uint8_t*>(profile);
+    iccProfile.assign(first, first + bytes);
+    return zelOKAY;
+}
+
+} // namespace zelkit
