@@ -88,9 +88,9 @@ public:
     ///
     /// The two blocks must not overlap in memory. A type outside the nine writes nothing. A
     /// constant pixel with fewer channels than this area is widened for the length of the call by
-    /// repeating its last element, which is the only allocation; its channel list, if any, must
-    /// then be as long as this area's. `from` is the same after the call, but must not be the
-    /// source of two calls at once.
+    /// repeating its last element, which is the only allocation (if it fails, nothing is
+    /// written); its channel list, if any, must then be as long as this area's. `from` is the same
+    /// after the call, but must not be the source of two calls at once.
     void operator=(zelConverter& from);
 
 protected:

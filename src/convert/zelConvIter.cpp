@@ -54,7 +54,8 @@ int zelConvIter::sourceIndex() const {
 
 void zelConvIter::convert(const zelTile3D<int>& area) {
     com = area;
-    if (reset() == 0 || fastCopy() != 0)
+    // Outside the areas, where a box without elements may lie, there are no indexes.
+    if (com.nx < 1 || com.ny < 1 || com.nz < 1 || reset() == 0 || fastCopy() != 0)
         return;
     joinRows();
     switch (dst.type) {
@@ -89,8 +90,8 @@ int zelConvIter::reset() {
     };
     baseD = cornerIndex(dst);
     baseS = cornerIndex(src);
-    collapse = src.fill == 0 && dst.order == zelInterleaved && src.order == zelInterleaved &&
-               sameXdim() != 0 && sameChans() != 0;
+    collapse = src.fill == 0 && dst.fill == 0 && dst.order == zelInterleaved &&
+               src.order == zelInterleaved && sameXdim() != 0 && sameChans() != 0;
     if (collapse != 0) {
         sxD = sxS = src.flipX != 0 ? -1 : 1;
         nx = index(std::int64_t{com.nx} * src.cSize);
@@ -210,11 +211,10 @@ int zelConvIter::sameZ() const {
 }
 
 int zelConvIter::fastCopy() {
-    if (com.nx < 1 || com.ny < 1 || com.nz < 1)
-        return 1;
-    if (src.fill != 0 || src.stride.x == 0 || sameXdim() == 0 || sameType() == 0)
+    // A side whose elements do not lie apart has no block to copy.
+    if (src.fill != 0 || dst.fill != 0 || src.stride.x == 0 || dst.stride.x == 0)
         return 0;
-    if (zelDataShift(dst.type) < 0)
+    if (sameXdim() == 0 || sameType() == 0 || zelDataShift(dst.type) < 0)
         return 0;
     const bool interleaved = dst.order == zelInterleaved && src.order == zelInterleaved;
     if (dst.type == zelBit && !(interleaved && dst.cSize % 8 == 0 && src.cSize % 8 == 0))

@@ -202,6 +202,8 @@ void zelConverter::operator=(zelConverter& from) {
     // A constant pixel with too few channels stands in as a wider one until the end of the call.
     zelPixel wide(from.type, from.cSize, from.data);
     wide.convert(wide, type, cSize, nullptr);
+    if (wide.getNumChans() != cSize)
+        return;
     const zelConverter asGiven(from);
     from.data = wide.getData();
     from.cSize = cSize;

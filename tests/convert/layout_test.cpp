@@ -6,6 +6,7 @@
 #include <zel/zelPixel.h>
 
 #include <array>
+#include <climits>
 #include <cstdint>
 #include <numeric>
 #include <vector>
@@ -128,6 +129,36 @@ TEST(Boxes, OnlyWhatMeetsIsWritten) {
     EXPECT_EQ((Bytes{0, 0, 0, 0, 1, 1, 0, 0, 0}), to);
 }
 
+// Run under the sanitizers, this is where an index out of range would show.
+TEST(Boxes, AreasWorldsApartWriteNothing) {
+    Bytes from(24, 1);
+    Bytes to(24);
+    for (const int at : {INT_MIN, -1, 2, INT_MAX}) {
+        for (const zelFlip flip : {zelNoFlip, zelXFlip, zelYFlip}) {
+            zelConverter source(from.data(), zelUChar, zelInterleaved, 3, nullptr, 2, 2, 2, 0, 0, 0,
+                                0);
+            source.setClip(at, at, at, INT_MIN, INT_MAX, INT_MIN);
+            zelConverter destination(to.data(), zelUChar, zelSeparate, 3, nullptr, 2, 2, 2, at, at,
+                                     at, 0);
+            destination.setFlip(flip);
+            destination = source;
+        }
+    }
+    EXPECT_EQ(Bytes(24), to);
+}
+
+TEST(Boxes, NothingIsWrittenBeforeABlockOfNoOrder) {
+    Bytes from(16, 1);
+    Bytes to(32);
+    zelConverter source = bytes(from, zelSeparate, 2, nullptr, 8, 1);
+    zelConverter destination(to.data() + 16, zelUChar, zelOrder(0), 2, nullptr, 8, 1, 1, 0, 0, 0,
+                             0);
+    source.setFlip(zelXFlip);
+    destination.setFlip(zelXFlip);
+    destination = source;
+    EXPECT_EQ(Bytes(16), Bytes(to.begin(), to.begin() + 16));
+}
+
 TEST(Boxes, TheHoleOfTheSourceStays) {
     const zelTile3D<int> hole(1, 1, 0, 2, 1, 1);
     const zelTile3D<int> flat(0, 0, 0, 4, 3, 0);
@@ -187,6 +218,18 @@ TEST(ConstantPixel, GivesTheMatchingChannelOutsideTheHole) {
     zelConverter empty = bytes(to, zelSeparate, 1, nullptr, 0, 1);
     empty = source;
     EXPECT_EQ((Bytes{30, 0, 30}), to);
+}
+
+TEST(ConstantPixel, AsADestinationKeepsItsSize) {
+    for (const zelOrder order : {zelInterleaved, zelSeparate}) {
+        Bytes from(24, 9);
+        zelPixel pixel(zelUChar, 3, Bytes{1, 2, 3, 4}.data());
+        zelConverter source = bytes(from, order, 3, nullptr, 8, 1);
+        zelConverter destination(source);
+        destination.setData(pixel, nullptr, 0);
+        destination = source;
+        EXPECT_EQ(pixel.max(), 9.0);
+    }
 }
 
 TEST(BitArray, PacksTheFirstBitOnTop) {
