@@ -37,7 +37,7 @@ extern ZEL_API const char zelOrientationIsTrans[9];
 // axes of `toOrientation`.
 
 /// The orientation after the x axis is reversed, then the y axis, then x and y are exchanged, each
-/// if its argument is not 0.
+/// if its argument is not 0; without any of these, the given value as it is.
 ZEL_API zelOrientation zelMapOrientation(zelOrientation orientation, int flipX, int flipY,
                                          int transXY);
 
