@@ -23,8 +23,8 @@ enum zelFillMode : int {
 ///
 /// Coordinates of area, clip and mask are those of the shared space; flips and the exchange of x
 /// and y only say how memory runs against it. Distances count elements, and a block holds fewer
-/// than 2^31 of them. `zelBit` elements are packed as `zelBitArray` has them, with nothing
-/// inserted between rows, channels or planes.
+/// than 2^31 of them and lies at an address that suits their type. `zelBit` elements are packed as
+/// `zelBitArray` has them, with nothing inserted between rows, channels or planes.
 ///
 /// Memory outermost first, without an exchange of x and y: `zelInterleaved` z, y, x, channel;
 /// `zelSequential` z, y, channel, x; `zelSeparate` z, channel, y, x. With it, x and y change

@@ -111,10 +111,10 @@ public:
     static char* parseFileName(const char* fullname, char** formatName, int* index,
                                char** formatArgs);
 
-    /// Reads the box at x, y, z of extent nx, ny, nz into `data`, which holds exactly that box.
-    /// `config` tells the layout of `data`, the channels that are wanted and the orientation in
-    /// which the box is given; null means the file's own layout and all channels. Elements whose
-    /// channel list entry is below 0 stay as they were.
+    /// Reads the box at x, y, z of extent nx, ny, nz into `data`, which holds exactly that box
+    /// at an address that suits its element type. `config` tells the layout of `data`, the channels
+    /// that are wanted and the orientation in which the box is given; null means the file's own
+    /// layout and all channels. Elements whose channel list entry is below 0 stay as they were.
     ///
     /// An empty box reads nothing and is zelOKAY. zelBADPARAMS, before anything is read: null data,
     /// a box not wholly inside the image, a channel that the file lacks, an element type, an
