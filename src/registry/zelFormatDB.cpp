@@ -46,6 +46,24 @@ struct Reader {
 
 constinit Reader reader;
 
+// Null, with errno set, if the file cannot be opened, or can be opened and not be read, as a
+// folder.
+FILE* openText(const char* path) {
+    FILE* file = std::fopen(path, "r");
+    if (file == nullptr) {
+        return nullptr;
+    }
+    const int first = std::getc(file);
+    if (std::ferror(file)) {
+        const int reason = errno;
+        std::fclose(file);
+        errno = reason;
+        return nullptr;
+    }
+    std::ungetc(first, file);
+    return file;
+}
+
 // There is no file once the database has been read.
 bool readLine(FILE* file) {
     return file != nullptr && std::fgets(reader.line, lineSize, file) != nullptr;
@@ -120,7 +138,7 @@ zelDictionary* zelFormatDB::getDictionary() {
 }
 
 bool zelFormatDB::load(const char* path) {
-    reader.dbFile[0] = std::fopen(path, "r");
+    reader.dbFile[0] = openText(path);
     if (reader.dbFile[0] == nullptr) {
         char reason[statusTextSize];
         zelError(zelSevError, "Couldn't open file format database %s:\n\t%s", path,
@@ -195,7 +213,7 @@ void zelFormatDB::processInclude(char* line) {
         zelError(zelSevWarning, "Include files nested too deep in ZEL database");
         return;
     }
-    FILE* file = std::fopen(name, "r");
+    FILE* file = openText(name);
     if (file == nullptr) {
         char reason[statusTextSize];
         zelError(zelSevError, "Couldn't open file format database include file: %s\n\t%s", name,
