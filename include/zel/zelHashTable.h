@@ -63,6 +63,8 @@ private:
     ZEL_LOCAL int normalize(unsigned int hash);
     ZEL_LOCAL int locate(zelHashElem* elem);
     ZEL_LOCAL int pickSize(int maxEntries);
+    ZEL_LOCAL void closeGap(int gap);
+    ZEL_LOCAL void growIfFull();
     ZEL_LOCAL void grow();
     ZEL_LOCAL void upStats(int looks);
 

@@ -12,6 +12,30 @@ constexpr int hashSizes[] = {131, 257, 521, 1021, 2039, 4093, 8191, 16381, 32771
 constexpr int largestSize = 131041;
 constexpr int probeStep = 127;
 
+// Tells how far slots of a table lie apart on a probe path.
+class ProbePaths {
+public:
+    explicit ProbePaths(int tableSize) : size(tableSize), inverse(inverseOfStep(tableSize)) {}
+
+    int steps(int from, int to) const {
+        const std::int64_t distance = to - from + size;
+        return static_cast<int>(distance % size * inverse % size);
+    }
+
+private:
+    // The number whose product with the probe step leaves 1 when it is divided by the size.
+    static std::int64_t inverseOfStep(std::int64_t size) {
+        std::int64_t product = 1;
+        while (product % probeStep != 0) {
+            product += size;
+        }
+        return product / probeStep;
+    }
+
+    std::int64_t size;
+    std::int64_t inverse;
+};
+
 // A statistic that runs over starts again from the lowest int.
 int addWrapping(int a, int b) {
     return static_cast<int>(static_cast<unsigned>(a) + static_cast<unsigned>(b));
@@ -35,9 +59,7 @@ void zelHashTable::clear() {
 }
 
 int zelHashTable::insert(zelHashElem* elem) {
-    if (static_cast<float>(count) >= static_cast<float>(size) * fullFraction) {
-        grow();
-    }
+    growIfFull();
     // One slot stays empty: it ends every probe path.
     if (count + 1 == size) {
         return 0;
@@ -51,22 +73,46 @@ int zelHashTable::insert(zelHashElem* elem) {
 }
 
 int zelHashTable::remove(zelHashElem* elem) {
-    int slot = locate(elem);
+    const int slot = locate(elem);
     if (table[slot] == nullptr) {
         return 0;
     }
     table[slot] = nullptr;
     --count;
-    // There are no deletion marks: what stands behind the gap is inserted anew, so that no probe
-    // path is cut short by it.
-    slot = static_cast<int>(advance(slot));
+    closeGap(slot);
+    return 1;
+}
+
+// There are no deletion marks: what stands behind the gap is inserted anew, so that no probe path
+// is cut short by it. The gap is the only empty slot that an element can meet on the way to its old
+// one, so that its new slot is reckoned: walking there would make the removal of n elements of one
+// hash take n^3 steps.
+void zelHashTable::closeGap(int gap) {
+    const int oldSize = size;
+    const ProbePaths paths(size);
+    int slot = static_cast<int>(advance(gap));
+    int fromGap = 1;
     while (zelHashElem* follower = table[slot]) {
         table[slot] = nullptr;
         --count;
-        insert(follower);
+        growIfFull();
+        if (size != oldSize) {
+            // The growth has left no gap.
+            insert(follower);
+            return;
+        }
+        const int fromHome = paths.steps(normalize(follower->hashIndex), slot);
+        const bool meetsGap = fromHome >= fromGap;
+        upStats(1 + (meetsGap ? fromHome - fromGap : fromHome));
+        table[meetsGap ? gap : slot] = follower;
+        ++count;
+        if (meetsGap) {
+            gap = slot;
+            fromGap = 0;
+        }
+        ++fromGap;
         slot = static_cast<int>(advance(slot));
     }
-    return 1;
 }
 
 zelHashElem* zelHashTable::find(unsigned int index, const void* key) {
@@ -110,7 +156,8 @@ void zelHashTable::clearStats() {
 }
 
 unsigned int zelHashTable::advance(int idx) {
-    return static_cast<unsigned>(idx + probeStep) % static_cast<unsigned>(size);
+    const int next = idx + probeStep;
+    return static_cast<unsigned>(next < size ? next : next - size);
 }
 
 int zelHashTable::normalize(unsigned int hash) {
@@ -136,6 +183,12 @@ int zelHashTable::pickSize(int maxEntries) {
         ++candidate;
     }
     return *candidate;
+}
+
+void zelHashTable::growIfFull() {
+    if (static_cast<float>(count) >= static_cast<float>(size) * fullFraction) {
+        grow();
+    }
 }
 
 void zelHashTable::grow() {

@@ -202,6 +202,7 @@ TEST(Language, TakesTextsOfAnyLength) {
          "ab|" + quotes.substr(0, quotes.size() - 1) + plain.substr(4),
          {}},
         {repeat(head + "! \n", 3000) + head, repeat(plain, 3001), {}},
+        {repeat("format ab dso x.so description \"d\" subsystem ss\n", 12000), "", {}},
         {head + "suffixes .aa" + suffixes,
          "ab|d|p.so|ss|.aa" + repeat(" .aa", 50000) + "|012\n",
          {}},
