@@ -36,11 +36,9 @@ public:
     /// zelName, which belongs to the dictionary's user.
     zelName* find(const char* s, int insertIfNeeded);
 
-protected:
-    int match(const void* key, const zelHashElem* elem) override;
-
 private:
     ZEL_LOCAL unsigned int hash(const char* s);
+    int match(const void* key, const zelHashElem* elem) override;
 
     int ignoreCase;
 };

@@ -66,7 +66,7 @@ bool isLogic(const zelDbMatch* node) {
 }
 
 zelDbValue integer(int i) {
-    zelDbValue value;
+    zelDbValue value{};
     value.i = i;
     return value;
 }
