@@ -71,11 +71,13 @@ std::vector<std::byte> sourceData(zelDataType type, std::size_t size) {
     return data;
 }
 
-/// Bytes that the limiting memcpy moves. A channel that is not wanted is not read.
+/// Bytes that the limiting memcpy moves. Whole pixels come from memory where channels lie side by
+/// side, even if not all are wanted.
 std::size_t limitBytes(const Case& c) {
-    const int channels = std::min(c.from.channels, c.to.channels);
+    const bool whole = c.from.order == zelInterleaved;
+    const int channels = whole ? c.from.channels : std::min(c.from.channels, c.to.channels);
     const std::size_t read = zelDataSize(c.from.type, side * side * channels);
-    const std::size_t written = zelDataSize(c.to.type, side * side * channels);
+    const std::size_t written = c.to.bytes();
     const bool bits = c.from.type == zelBit || c.to.type == zelBit;
     return bits ? std::max(read, written) : (read + written) / 2;
 }

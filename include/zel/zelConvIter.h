@@ -6,6 +6,7 @@
 #include <zel/zelExport.h>
 #include <zel/zelTile.h>
 
+#include <cstddef>
 #include <cstdint>
 
 /// The engine behind the assignment of one `zelConverter` to another: moves the elements of a box
@@ -45,9 +46,12 @@ private:
     void chanCopy();
     void wholeCopy();
     ZEL_LOCAL void joinRows();
+    ZEL_LOCAL int changeLayout();
     ZEL_LOCAL static int channelOf(const zelConverter& area, int slot);
     ZEL_LOCAL int sourceSlot(int channel) const;
-    ZEL_LOCAL void copyBlock(std::int64_t count, bool severalRows);
+    ZEL_LOCAL std::ptrdiff_t blockOffset(const zelConverter& side, int start,
+                                         bool severalRows) const;
+    ZEL_LOCAL void copyBlock(std::int64_t count);
 
     void BitSwitch();
     void uCharSwitch();

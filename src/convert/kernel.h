@@ -6,6 +6,7 @@
 
 #include "convert/bits.h"
 #include "convert/roads.h"
+#include "convert/vectors.h"
 #include "platform/truncate.h"
 
 #include <algorithm>
@@ -176,7 +177,7 @@ void road(const RowShape& row, int toFirst, int fromFirst) {
         convertElement<To, From>(tp, to, fp, from);
 }
 
-#if defined(__x86_64__) && !defined(ZEL_PLAIN_ROADS)
+#if ZEL_WIDEST_VECTORS > 0
 // The same roads for processors with wider vectors: all of a road is inlined here and so compiled
 // for them.
 template <class To, class From>
@@ -193,8 +194,9 @@ road512(const RowShape& row, int to, int from) {
 /// The road that suits the processor at hand.
 template <class To, class From>
 Road roadHere() {
-    if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-        __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl"))
+    if (ZEL_WIDEST_VECTORS >= 512 && __builtin_cpu_supports("avx512f") &&
+        __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512dq") &&
+        __builtin_cpu_supports("avx512vl"))
         return road512<To, From>;
     return __builtin_cpu_supports("avx2") ? road256<To, From> : road<To, From>;
 }

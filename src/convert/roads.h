@@ -30,6 +30,9 @@ Road roadToInteger32(zelDataType from);
 Road roadToFloat(zelDataType from);
 Road roadToDouble(zelDataType from);
 
+/// The road between any two of the nine types, or null.
+Road roadBetween(zelDataType to, zelDataType from);
+
 } // namespace zel::convert
 
 #endif

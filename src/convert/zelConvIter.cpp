@@ -1,7 +1,10 @@
+#include "convert/relayout.h"
 #include "convert/roads.h"
 
 #include <zel/zelConvIter.h>
 
+#include <algorithm>
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -9,8 +12,11 @@
 
 namespace {
 
+using zel::convert::Feed;
+using zel::convert::maxSlots;
 using zel::convert::Road;
 using zel::convert::RowShape;
+using zel::convert::Side;
 
 // Indexes are worked out in 64 bits and held in int, which every index of a block fits.
 int index(std::int64_t value) {
@@ -55,7 +61,8 @@ int zelConvIter::sourceIndex() const {
 void zelConvIter::convert(const zelTile3D<int>& area) {
     com = area;
     // Outside the areas, where a box without elements may lie, there are no indexes.
-    if (com.nx < 1 || com.ny < 1 || com.nz < 1 || reset() == 0 || fastCopy() != 0)
+    if (com.nx < 1 || com.ny < 1 || com.nz < 1 || reset() == 0 || fastCopy() != 0 ||
+        changeLayout() != 0)
         return;
     joinRows();
     switch (dst.type) {
@@ -124,6 +131,36 @@ void zelConvIter::joinRows() {
         nx = index(std::int64_t{nx} * com.nz);
         com.nz = 1;
     }
+}
+
+// Where memory does not run alike on both sides. Gives 1 if the job is done, as `fastCopy` does; if
+// not, the walk stands where it stood.
+int zelConvIter::changeLayout() {
+    if (src.fill != 0 || dst.fill != 0 || sxD == 0 || sxS == 0 || (sxD == 1 && sxS == 1) ||
+        std::max(dst.cSize, src.cSize) > maxSlots)
+        return 0;
+    std::array<Feed, maxSlots> feeds;
+    std::size_t count = 0;
+    for (int slot = 0; slot < dst.cSize; ++slot) {
+        const int channel = channelOf(dst, slot);
+        const int source = channel < 0 ? -1 : sourceSlot(channel);
+        if (source >= 0)
+            feeds[count++] = {slot, source};
+    }
+    // With `collapse`, a walk downwards begins at the last slot of a pixel.
+    const int ahead = collapse != 0 && src.flipX != 0 ? dst.cSize - 1 : 0;
+    const auto describe = [&]<class Byte>(const zelConverter& side, int base, Byte* data) {
+        const auto size = static_cast<std::ptrdiff_t>(zelDataSize(side.type, 1));
+        return Side<Byte>{data + (base - ahead) * size, side.stride.x * size,  side.stride.y * size,
+                          side.stride.z * size,         side.cStride * size,   side.cSize,
+                          side.order == zelInterleaved, side.transposeXY != 0, side.type};
+    };
+    return zel::convert::relayout({describe(dst, baseD, static_cast<std::byte*>(dst.data)),
+                                   describe(src, baseS, static_cast<const std::byte*>(src.data)),
+                                   com.nx, com.ny, com.nz,
+                                   std::span<const Feed>(feeds.data(), count)})
+               ? 1
+               : 0;
 }
 
 int zelConvIter::channelOf(const zelConverter& area, int slot) {
@@ -243,35 +280,46 @@ int zelConvIter::fastCopy() {
     return 1;
 }
 
-void zelConvIter::copyBlock(std::int64_t count, bool severalRows) {
-    // The indexes are where a walk begins; the block begins at the lowest index of that walk.
-    const auto lowest = [&](const zelConverter& side, int start) {
-        std::int64_t first = start;
-        if (side.flipX != 0)
-            first -= std::int64_t{nx} - 1;
-        if (severalRows && side.flipY != 0)
-            first += std::int64_t{side.stride.y} * (com.ny - 1);
-        return bytesOf(side.type, first);
-    };
-    auto* to = static_cast<unsigned char*>(dst.data) + lowest(dst, yiD);
-    const auto* from = static_cast<const unsigned char*>(src.data) + lowest(src, yiS);
-    std::memcpy(to, from, static_cast<std::size_t>(bytesOf(dst.type, count)));
+// Bytes from the data's start to the block of a walk that begins at `start`: to the lowest index of
+// a row, or of several rows.
+std::ptrdiff_t zelConvIter::blockOffset(const zelConverter& side, int start,
+                                        bool severalRows) const {
+    std::int64_t first = start;
+    if (side.flipX != 0)
+        first -= std::int64_t{nx} - 1;
+    if (severalRows && side.flipY != 0)
+        first += std::int64_t{side.stride.y} * (com.ny - 1);
+    return bytesOf(side.type, first);
 }
 
+void zelConvIter::copyBlock(std::int64_t count) {
+    std::memcpy(static_cast<std::byte*>(dst.data) + blockOffset(dst, yiD, true),
+                static_cast<const std::byte*>(src.data) + blockOffset(src, yiS, true),
+                static_cast<std::size_t>(bytesOf(dst.type, count)));
+}
+
+// All rows of a plane at a time: they are too short for much to be done between them.
 void zelConvIter::rowCopy() {
+    const auto length = static_cast<std::size_t>(bytesOf(dst.type, nx));
+    const std::ptrdiff_t stepD = bytesOf(dst.type, dst.stride.y);
+    const std::ptrdiff_t stepS = bytesOf(src.type, src.stride.y);
     do {
-        copyBlock(nx, false);
+        auto* to = static_cast<std::byte*>(dst.data) + blockOffset(dst, yiD, false);
+        const auto* from = static_cast<const std::byte*>(src.data) + blockOffset(src, yiS, false);
+        for (std::ptrdiff_t row = 0; row < com.ny; ++row)
+            std::memcpy(to + row * stepD, from + row * stepS, length);
+        yi = com.ny - 1;
     } while (nextRow() != 0);
 }
 
 void zelConvIter::chanCopy() {
     do {
-        copyBlock(std::int64_t{com.nx} * com.ny * com.nz, true);
+        copyBlock(std::int64_t{com.nx} * com.ny * com.nz);
     } while (nextChan() != 0);
 }
 
 void zelConvIter::wholeCopy() {
-    copyBlock(std::int64_t{com.nx} * com.ny * com.nz * dst.cSize, true);
+    copyBlock(std::int64_t{com.nx} * com.ny * com.nz * dst.cSize);
 }
 
 void zelConvIter::BitSwitch() {

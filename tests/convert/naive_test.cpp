@@ -108,17 +108,24 @@ naive::Area randomArea(Random& random, const naive::Area* like) {
         area.order = random.of(orders);
     if (like == nullptr || random.once(3))
         area.box = random.box(2, random.once(20) ? 700 : 12);
-    if (area.box.nx > 12)
+    // Long rows in both directions, and areas of several squares with uneven edges.
+    if (area.box.nx > 12 && area.box.ny > 12 && random.once(2))
+        area.box = {1, 1, 0, random.in(13, 90), random.in(13, 90), 1};
+    else if (area.box.nx > 12)
         area.box.ny = random.in(1, 3);
     else if (area.box.ny > 12)
         area.box.nx = random.in(1, 3);
     if (like == nullptr || random.once(3)) {
-        area.channels = random.once(6) ? 8 * random.in(1, 2) : random.in(1, 5);
+        const bool manyChannels = random.once(6);
+        area.channels = manyChannels ? random.of({8, 9, 16, 66}) : random.in(1, 7);
+        if (area.channels > 16)
+            area.box = {0, 0, 0, random.in(1, 20), random.in(1, 20), 1};
         area.firstChannel = random.in(-1, 2);
         area.list.clear();
         if (random.once(3)) {
+            const bool inverse = random.once(3);
             for (int slot = 0; slot < area.channels; ++slot)
-                area.list.push_back(random.in(-1, 6));
+                area.list.push_back(inverse ? area.channels - 1 - slot : random.in(-1, 6));
         }
     }
     if (like == nullptr || random.once(3)) {
@@ -184,7 +191,7 @@ bool expectAgreement(Block& to, const naive::Area& source, zelConverter& from) {
 TEST(NaiveConversion, BlocksAgree) {
     Random random(20240611);
     int written = 0;
-    for (int round = 0; round < 40000 && !HasFailure(); ++round) {
+    for (int round = 0; round < 20000 && !HasFailure(); ++round) {
         Block from;
         Block to;
         from.area = randomArea(random, nullptr);
@@ -197,7 +204,7 @@ TEST(NaiveConversion, BlocksAgree) {
         written += expectAgreement(to, from.area, description) ? 1 : 0;
         EXPECT_EQ(source, from.bytes);
     }
-    EXPECT_GT(written, 10000); // the areas do meet
+    EXPECT_GT(written, 5000); // the areas do meet
 }
 
 TEST(NaiveConversion, ConstantPixelsAgree) {

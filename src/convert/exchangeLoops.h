@@ -1,0 +1,137 @@
+#ifndef ZEL_CONVERT_EXCHANGE_LOOPS_H
+#define ZEL_CONVERT_EXCHANGE_LOOPS_H
+
+// Rows become columns, for the processor that the including file is compiled for.
+
+#include "convert/lanes.h"
+#include "convert/moves.h"
+
+#include <bit>
+#include <cstdint>
+
+namespace {
+
+using zel::convert::ConstRows;
+using zel::convert::Rows;
+
+/// All vectors of this file: they are native to every processor that is served.
+constexpr int blockBytes = 16;
+
+template <int width, int half>
+struct ZipPlaces {
+    static constexpr Place of(int, int lane) { return {lane % 2, (half * width + lane) / 2}; }
+};
+
+/// A square of as many vectors as each has lanes: rows become columns in log2(width) rounds.
+template <int width, class Lanes>
+void turnBlock(std::array<Lanes, width>& block) {
+    for (int round = 1; round < width; round *= 2) {
+        std::array<Lanes, width> next;
+        for (std::size_t k = 0; k < width / 2; ++k) {
+            const std::array<Lanes, 2> pair{block[k], block[k + width / 2]};
+            next[2 * k] = gather<width, ZipPlaces<width, 0>, 0>(pair, pair[0]);
+            next[2 * k + 1] = gather<width, ZipPlaces<width, 1>, 0>(pair, pair[0]);
+        }
+        block = next;
+    }
+}
+
+/// Units of any size, one by one. All but the last of a row on either side are moved as a whole
+/// power of two, since the bytes behind a unit are written by the next one anyway.
+template <int size>
+void exchangeUnits(Rows to, ConstRows from, int firstRow, int rows, int firstUnit, int length) {
+    constexpr int wide = static_cast<int>(std::bit_ceil(static_cast<unsigned>(size)));
+    for (int i = firstUnit; i < length; ++i) {
+        std::byte* target = to.first + i * to.step;
+        const std::byte* source = from.first + std::ptrdiff_t{i} * size;
+        int k = firstRow;
+        for (; i < length - 1 && k < rows - 1; ++k)
+            std::memcpy(target + std::ptrdiff_t{k} * size, source + k * from.step, wide);
+        for (; k < rows; ++k)
+            std::memcpy(target + std::ptrdiff_t{k} * size, source + k * from.step, size);
+    }
+}
+
+/// Blocks of elements that fill a vector without a rest.
+template <class Element>
+void exchangeElements(Rows to, ConstRows from, int rows, int length) {
+    constexpr int size = sizeof(Element);
+    constexpr int width = blockBytes / size;
+    using Lanes = typename LanesOf<Element, blockBytes>::Type;
+    const int wholeRows = rows - rows % width;
+    const int wholeUnits = length - length % width;
+    for (int i = 0; i < wholeUnits; i += width) {
+        for (int k = 0; k < wholeRows; k += width) {
+            std::array<Lanes, width> block;
+            for (int n = 0; n < width; ++n)
+                block[static_cast<std::size_t>(n)] =
+                    loadLanes<Lanes>(from.first + (k + n) * from.step + std::ptrdiff_t{i} * size);
+            turnBlock<width>(block);
+            for (int n = 0; n < width; ++n)
+                storeLanes(to.first + (i + n) * to.step + std::ptrdiff_t{k} * size,
+                           block[static_cast<std::size_t>(n)]);
+        }
+    }
+    exchangeUnits<size>(to, from, wholeRows, rows, 0, wholeUnits);
+    exchangeUnits<size>(to, from, 0, rows, wholeUnits, length);
+}
+
+/// Between pixels of three bytes and lanes of four.
+struct WidenPlaces {
+    static constexpr Place of(int, int lane) { return {0, lane / 4 * 3 + lane % 4 % 3}; }
+};
+struct NarrowPlaces {
+    static constexpr Place of(int, int lane) {
+        return {0, lane < 12 ? lane / 3 * 4 + lane % 3 : 0};
+    }
+};
+
+/// Four pixels of three bytes at a time. A vector reaches one and a third pixel beyond the four;
+/// the blocks end early enough for these to belong to the same row, and the next ones write them.
+inline void exchangeTriples(Rows to, ConstRows from, int rows, int length) {
+    using Bytes = LanesOf<std::uint8_t, blockBytes>::Type;
+    using Words = LanesOf<std::uint32_t, blockBytes>::Type;
+    constexpr int size = 3;
+    const int wholeRows = rows < 6 ? 0 : (rows - 2) / 4 * 4;
+    const int wholeUnits = length < 6 ? 0 : (length - 2) / 4 * 4;
+    for (int i = 0; i < wholeUnits; i += 4) {
+        for (int k = 0; k < wholeRows; k += 4) {
+            std::array<Words, 4> block;
+            for (int n = 0; n < 4; ++n) {
+                const std::array<Bytes, 1> pixels{
+                    loadLanes<Bytes>(from.first + (k + n) * from.step + i * size)};
+                const Bytes lanes = gather<blockBytes, WidenPlaces, 0>(pixels, pixels[0]);
+                std::memcpy(&block[static_cast<std::size_t>(n)], &lanes, sizeof lanes);
+            }
+            turnBlock<4>(block);
+            for (int n = 0; n < 4; ++n) {
+                std::array<Bytes, 1> lanes;
+                std::memcpy(&lanes[0], &block[static_cast<std::size_t>(n)], sizeof lanes);
+                storeLanes(to.first + (i + n) * to.step + k * size,
+                           gather<blockBytes, NarrowPlaces, 0>(lanes, lanes[0]));
+            }
+        }
+    }
+    exchangeUnits<size>(to, from, wholeRows, rows, 0, wholeUnits);
+    exchangeUnits<size>(to, from, 0, rows, wholeUnits, length);
+}
+
+template <class Target, int size>
+void exchange(Rows to, ConstRows from, int rows, int length) {
+    if constexpr (size == 1)
+        exchangeElements<std::uint8_t>(to, from, rows, length);
+    else if constexpr (size == 2)
+        exchangeElements<std::uint16_t>(to, from, rows, length);
+    else if constexpr (size == 4)
+        exchangeElements<std::uint32_t>(to, from, rows, length);
+    else if constexpr (size == 8)
+        exchangeElements<std::uint64_t>(to, from, rows, length);
+    else if constexpr (size == 3 && Target::template laneBytes<1> > 0)
+        exchangeTriples(to, from, rows, length);
+    else
+        exchangeUnits<size>(to, from, 0, rows, 0, length);
+}
+
+} // namespace
+
+#endif
