@@ -28,6 +28,12 @@ std::string supportedNames(Values values, NameOf nameOf, IsSupported isSupported
     return names.empty() ? "none" : joinWords(names);
 }
 
+std::string quoted(const char* word) {
+    std::string text = "\"";
+    text += word;
+    return text + '"';
+}
+
 std::string extents(const zelSize& size) {
     std::string text = std::to_string(size.x) + "x" + std::to_string(size.y);
     return size.z == 1 ? text : text + "x" + std::to_string(size.z);
@@ -111,7 +117,7 @@ std::string takeExplainedErrors() {
     }
     for (const zelDatabase* entry : allFormats()) {
         const char* const dsoName = entry->getDSOName();
-        if (dsoName && text.find(std::string("\"") + dsoName + "\"") != std::string::npos) {
+        if (dsoName && text.find(quoted(dsoName)) != std::string::npos) {
             const std::string reason = loaderReason(dsoName);
             return reason.empty() ? text : text + " (" + reason + ")";
         }

@@ -90,6 +90,7 @@ int listFormats(bool asJson) {
     if (!reported.empty()) {
         throw Failure{"", reported};
     }
+    formats.reserve(entries.size());
     for (zelDatabase* entry : entries) {
         formats.push_back(describe(*entry));
     }

@@ -115,12 +115,19 @@ void printJson(const std::vector<ImageInfo>& infos, bool verbose) {
     std::cout << jsonText(array);
 }
 
+std::string pageText(const ImageInfo& info) {
+    const std::string text = "page " + extents(info.page);
+    return info.page.c == info.size.c ? text : text + " x " + std::to_string(info.page.c);
+}
+
 void printLines(const std::vector<ImageInfo>& infos) {
     Table table;
     for (const ImageInfo& info : infos) {
-        table.addRow({info.name, info.format, extents(info.size), info.colorModel,
+        table.addRow({info.name, info.format,
+                      std::to_string(info.images) + (info.images == 1 ? " image" : " images"),
+                      extents(info.size), info.colorModel,
                       std::to_string(info.size.c) + " x " + info.type, info.order, info.orientation,
-                      "page " + extents(info.page), info.compression});
+                      pageText(info), info.compression});
     }
     std::cout << table.text();
 }
@@ -180,7 +187,8 @@ Command addInfoCommand(CLI::App& app) {
         bool verbose = false;
     };
     const auto options = std::make_shared<Options>();
-    CLI::App* const command = app.add_subcommand("info", "Tell the attributes of images");
+    CLI::App* const command = app.add_subcommand(
+        "info", "Tell the attributes of images, with the sizes that they have upright");
     command->add_option("FILE", options->names, "Full image names")->required();
     command->add_flag("--json", options->asJson, "Print an array of objects, one an image");
     command->add_flag("-v,--verbose", options->verbose, "Print all there is to know");

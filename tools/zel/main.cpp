@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 #include <iostream>
 #include <map>
 #include <new>
@@ -54,6 +55,7 @@ int finish(int status, int failed) {
 /// The arguments in the order in which the parser takes them, last first.
 std::vector<std::string> reversedArguments(int argc, char** argv) {
     std::vector<std::string> arguments;
+    arguments.reserve(static_cast<size_t>(argc));
     for (int i = argc - 1; i > 0; --i) {
         const std::string word = argv[i];
         // A file name in brackets would be taken for a list.
@@ -70,6 +72,7 @@ std::string unknownCommandText(const std::map<std::string, Command>& commands,
         return {};
     }
     std::vector<std::string> names;
+    names.reserve(commands.size());
     for (const auto& [name, command] : commands) {
         names.push_back(name);
     }
@@ -124,5 +127,10 @@ int run(int argc, char** argv) {
 } // namespace zel::tool
 
 int main(int argc, char** argv) {
-    return zel::tool::run(argc, argv);
+    try {
+        return zel::tool::run(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "zel: %s\n", error.what());
+        return 1;
+    }
 }

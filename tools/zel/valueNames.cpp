@@ -245,7 +245,8 @@ std::string shortNumberText(double value) {
 std::string joinWords(const std::vector<std::string>& words) {
     std::string text;
     for (const std::string& word : words) {
-        text += text.empty() ? word : ", " + word;
+        text += text.empty() ? "" : ", ";
+        text += word;
     }
     return text;
 }
