@@ -160,6 +160,10 @@ T parseWord(const Words& words, const std::string& option, const std::string& wo
     return static_cast<T>(*found.begin());
 }
 
+UsageError notA(const std::string& option, const std::string& word, const char* what) {
+    return {option + ": \"" + word + "\" is no " + what};
+}
+
 template <class T>
 std::vector<T> parseList(const std::string& option, const std::string& text, const char* what) {
     std::vector<T> values;
@@ -168,7 +172,7 @@ std::vector<T> parseList(const std::string& option, const std::string& text, con
         const char* const end = part.data() + part.size();
         const auto [stop, error] = std::from_chars(part.data(), end, value);
         if (error != std::errc() || stop != end) {
-            throw UsageError{option + ": \"" + part + "\" is no " + what};
+            throw notA(option, part, what);
         }
         values.push_back(value);
     }
