@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cstring>
 #include <optional>
+#include <string>
 #include <system_error>
 
 namespace zelkit {
@@ -20,10 +21,27 @@ std::optional<int> parseNumber(const char* text, int lowest, int highest) {
     return number;
 }
 
+std::optional<int> parseName(const char* text, const zelNameDesc* names) {
+    for (; names->name; names++)
+        if (std::strcmp(names->name, text) == 0)
+            return names->id;
+    return std::nullopt;
+}
+
+std::string namesOf(const zelNameDesc* names) {
+    std::string list;
+    for (; names->name; names++)
+        list += (list.empty() ? "" : ", ") + std::string(names->name);
+    return list;
+}
+
 void warnOfValue(const char* fileName, const zelParameterDesc& given, const Argument& known) {
-    zelError(zelSevWarning, "%s: format argument \"%.40s\": %s%.40s, expected %d to %d; ignored",
+    const std::string expected =
+        known.names ? namesOf(known.names)
+                    : std::to_string(known.lowest) + " to " + std::to_string(known.highest);
+    zelError(zelSevWarning, "%s: format argument \"%.40s\": %s%.40s, expected %.80s; ignored",
              fileName, known.name, given.value ? "bad value " : "no value",
-             given.value ? given.value : "", known.lowest, known.highest);
+             given.value ? given.value : "", expected.c_str());
 }
 
 } // namespace
@@ -35,9 +53,12 @@ void storeArgument(const char* fileName, const zelParameterDesc& given, const Ar
         return;
     }
     bool* const* const flag = std::get_if<bool*>(&known->target);
-    const std::optional<int> number = given.value
-                                          ? parseNumber(given.value, known->lowest, known->highest)
-                                          : (flag ? std::optional<int>(1) : std::nullopt);
+    std::optional<int> number;
+    if (given.value)
+        number = known->names ? parseName(given.value, known->names)
+                              : parseNumber(given.value, known->lowest, known->highest);
+    else if (flag)
+        number = 1;
     if (!number)
         warnOfValue(fileName, given, *known);
     else if (flag)

@@ -1,5 +1,6 @@
 // What TIFF shares with every other format. What only TIFF has is in the other tiff*_test.cpp.
 
+#include "plugins/corpusSuite.h"
 #include "plugins/pluginSuite.h"
 
 namespace zel::test {
@@ -48,6 +49,7 @@ PluginTraits tiffTraits() {
 }
 
 INSTANTIATE_TEST_SUITE_P(Tiff, PluginSuite, testing::Values(tiffTraits()));
+INSTANTIATE_TEST_SUITE_P(Tiff, CorpusSuite, testing::Values(CorpusFolder{"tiff"}));
 
 } // namespace
 
