@@ -177,25 +177,5 @@ TEST(Plugin, CanBeLinkedToTheClient) {
     EXPECT_EQ(result.text.substr(result.text.rfind('|')), "|--00");
 }
 
-TEST(Plugin, ReadOnlyFormatsAnswerNo) {
-    const ChildResult result = runWithPlugin("", [] {
-        LinkedFormat f("one");
-        const auto o = zelUpperLeftOrigin;
-        const int yes = f.typeIsSupported(zelUChar) | f.orderIsSupported(zelInterleaved) |
-                        f.orientationIsSupported(o) | f.colorModelIsSupported(zelRGB) |
-                        f.compressionIsSupported(zelNoCompression) |
-                        f.sizeIsSupported(1, 1, 1, 1, o) | f.pagingIsSupported() |
-                        f.pageSizeIsSupported(1, 1, 1, 1, 1, 1, 1, 1, o) |
-                        f.randomAccessReadIsSupported() | f.randomAccessWriteIsSupported() |
-                        f.getPreferredType() | f.getPreferredOrder() | f.getPreferredOrientation() |
-                        f.getPreferredColorModel(3) | f.getPreferredCompression();
-        int page[] = {1, 2, 3, 4};
-        f.getPreferredPageSize(9, 9, 9, 9, page[0], page[1], page[2], page[3], o);
-        return std::to_string(yes) +
-               std::to_string(page[0] * 1000 + page[1] * 100 + page[2] * 10 + page[3]);
-    });
-    EXPECT_EQ(result.text, "01234");
-}
-
 } // namespace
 } // namespace zel::test
