@@ -52,7 +52,7 @@ std::string pluginFile(const char* dsoName) {
     if (name.has_parent_path() || !dladdr(reinterpret_cast<void*>(zelErrorV), &library)) {
         return file.string();
     }
-    // Beside the library is where it looks for a bare name that the system does not find.
+    // The library's run path does not count for a load by the command.
     const auto beside = std::filesystem::path(library.dli_fname).parent_path() / "zel" / file;
     return access(beside.c_str(), F_OK) == 0 ? beside.string() : file.string();
 }
