@@ -428,8 +428,7 @@ void survive(const PluginTraits& traits, const Combo& combo) {
 
 TEST_P(PluginSuite, SurvivesDamage) {
     for (const Combo& combo : GetParam().combos) {
-        if (combo.orientation != zelUpperLeftOrigin &&
-            combo.orientation != combo.statedOrientation)
+        if (combo.orientation != zelUpperLeftOrigin && combo.orientation != combo.statedOrientation)
             continue;
         SCOPED_TRACE(describe(combo));
         survive(GetParam(), combo);

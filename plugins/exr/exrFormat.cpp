@@ -1,0 +1,57 @@
+#include "exrFile.h"
+#include "tags.h"
+
+#include "kit/tableFormat.h"
+
+#include <cerrno>
+#include <new>
+
+namespace zelexr {
+
+namespace {
+
+using zelkit::maskOf;
+
+constexpr zelkit::ColorModelChannels colorModels[] = {
+    {zelRGB, 3}, {zelLuminance, 1}, {zelLuminanceAlpha, 2}, {zelRGBA, 4}, {zelMultiSpectral, 0}};
+
+// OpenEXR's coordinates stay below 2^30.
+constexpr int longestEdge = (1 << 30) - 1;
+
+constexpr zelkit::Capabilities exrCapabilities = {
+    .types = zelFloat | zelUInt,
+    .orders = zelInterleaved,
+    .orientations = maskOf({zelUpperLeftOrigin}),
+    .compressions = maskOf({zelNoCompression, zelZIP}),
+    .colorModels = colorModels,
+    .maxWidth = longestEdge,
+    .maxHeight = longestEdge,
+    .maxChannels = 1024,
+    .preferredType = zelFloat,
+    .preferredCompression = zelZIP,
+    .randomAccessWrite = false,
+};
+
+class ExrFormat final : public zelkit::TableFormat {
+public:
+    ExrFormat() : TableFormat("EXR", exrCapabilities) {}
+
+protected:
+    zelFile* newfileobj() override {
+        auto* const file = new (std::nothrow) ExrFile;
+        if (!file)
+            errno = ENOMEM;
+        return file;
+    }
+    zelTagDescription* _getTagDescriptions(int& count) override {
+        count = static_cast<int>(tagTable().size());
+        return tagTable().data();
+    }
+};
+
+// Building it registers the format, as the plug-in is loaded.
+ExrFormat registration;
+
+} // namespace
+
+} // namespace zelexr
