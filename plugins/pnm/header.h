@@ -1,7 +1,7 @@
 #ifndef ZELPNM_HEADER_H
 #define ZELPNM_HEADER_H
 
-#include "byteReader.h"
+#include "tokens.h"
 
 #include <zel/zelColor.h>
 #include <zel/zelDataSize.h>

@@ -3,6 +3,8 @@
 #include "plugins/fileScene.h"
 #include "support/childProcess.h"
 
+#include <zel/zelColormap.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -32,12 +34,15 @@ std::string corpusPath(const std::string& file) {
     return std::string(folder ? folder : "") + "/" + file;
 }
 
-// A file in the frame that it is stored in.
+// A file in the frame that it is stored in, or seen from the upper left.
 class StoredImage {
 public:
-    explicit StoredImage(const std::string& name) : file_(zelFile::open(name.c_str(), 0, &status)) {
-        if (file_)
-            file_->getSize(size, file_->getOrientation());
+    StoredImage(const std::string& name, bool upright)
+        : file_(zelFile::open(name.c_str(), 0, &status)) {
+        if (!file_)
+            return;
+        frame_ = upright ? zelUpperLeftOrigin : file_->getOrientation();
+        file_->getSize(size, frame_);
     }
     ~StoredImage() {
         if (file_)
@@ -51,10 +56,21 @@ public:
 
     std::optional<Pixels> read(int x, int y, int nx, int ny) {
         Pixels pixels(type(), nx, ny, size.c);
-        const zelConfig config(pixels.type, zelInterleaved, size.c, nullptr, 0,
-                               file_->getOrientation());
+        const zelConfig config(pixels.type, zelInterleaved, size.c, nullptr, 0, frame_);
         status = file_->getTile(x, y, 0, nx, ny, 1, pixels.bytes.data(), &config);
         return status == zelOKAY ? std::optional(pixels) : std::nullopt;
+    }
+
+    // The elements; of a palette image the colours instead of the indexes.
+    std::vector<double> values(const Pixels& pixels) {
+        const zelColormap* map = nullptr;
+        if (file_->getColorModel() != zelRGBPalette || file_->getColormap(map) != zelOKAY)
+            return numbers(pixels);
+        std::vector<double> list;
+        for (const double index : numbers(pixels))
+            for (int c = 0; c < 3; c++)
+                list.push_back(map->getVal(index, c));
+        return list;
     }
 
     zelSize size;
@@ -62,6 +78,7 @@ public:
 
 private:
     zelFile* file_;
+    zelOrientation frame_ = zelUpperLeftOrigin;
 };
 
 // Samples that were spread to fill their type get back the numbers of the file.
@@ -92,8 +109,8 @@ bool tilesAgree(StoredImage& image, const Pixels& whole) {
 }
 
 // "WxHxC", or what kept the file from being read.
-std::string readFile(const ManifestRow& row, const std::string& samplesFile) {
-    StoredImage image(corpusPath(row.at("file")));
+std::string readFile(const ManifestRow& row, const std::string& samplesFile, bool upright) {
+    StoredImage image(corpusPath(row.at("file")), upright);
     const auto failure = [&] {
         return std::string("refused: ") + zelMainStatusToString(zelStatusMain(image.status));
     };
@@ -114,14 +131,14 @@ std::string readFile(const ManifestRow& row, const std::string& samplesFile) {
     return std::to_string(size.x) + "x" + std::to_string(size.y) + "x" + std::to_string(size.c);
 }
 
-ChildResult readInChild(const ManifestRow& row, const std::string& samplesFile) {
+ChildResult readInChild(const ManifestRow& row, const std::string& samplesFile, bool upright) {
     return runInChild([&]() -> std::string {
         alarm(10);
 #if !defined(__SANITIZE_ADDRESS__)
         const rlimit limit = {512u << 20, 512u << 20};
         setrlimit(RLIMIT_AS, &limit);
 #endif
-        return readFile(row, samplesFile);
+        return readFile(row, samplesFile, upright);
     });
 }
 
@@ -133,20 +150,20 @@ public:
     int read = 0, refused = 0, notCompared = 0;
 
 private:
-    void compareSamples(const ManifestRow& row, const std::string& result);
-    void compareReference(const ManifestRow& row);
+    void compareSamples(const ManifestRow& row, const std::string& result, bool upright);
+    void compareReference(const ManifestRow& row, bool upright);
 };
 
-void Corpus::compareSamples(const ManifestRow& row, const std::string& result) {
+void Corpus::compareSamples(const ManifestRow& row, const std::string& result, bool upright) {
     EXPECT_EQ(result, row.at("WxHxC"));
     if (!row.at("samples_sha256").empty()) {
         EXPECT_EQ(output("sha256sum samples").substr(0, 64), row.at("samples_sha256"));
     }
-    compareReference(row);
+    compareReference(row, upright);
 }
 
 // A reference of the same samples: the manifest says how far apart the two may be.
-void Corpus::compareReference(const ManifestRow& row) {
+void Corpus::compareReference(const ManifestRow& row, bool upright) {
     const std::string& match = row.at("reference_match");
     constexpr const char* bounded = "max difference ";
     const double most = match == "exact"               ? 0
@@ -154,8 +171,8 @@ void Corpus::compareReference(const ManifestRow& row) {
                                                        : -1;
     if (most < 0)
         return;
-    StoredImage mine(corpusPath(row.at("file")));
-    StoredImage other(corpusPath(row.at("reference")));
+    StoredImage mine(corpusPath(row.at("file")), upright);
+    StoredImage other(corpusPath(row.at("reference")), upright);
     if (!mine.isOpen() || !other.isOpen() || other.size.c != mine.size.c ||
         other.type() != mine.type())
         return;
@@ -163,7 +180,8 @@ void Corpus::compareReference(const ManifestRow& row) {
     const auto b = other.read(0, 0, other.size.x, other.size.y);
     ASSERT_TRUE(a && b);
     ASSERT_EQ(a->bytes.size(), b->bytes.size());
-    const std::vector<double> left = numbers(*a), right = numbers(*b);
+    const std::vector<double> left = mine.values(*a), right = other.values(*b);
+    ASSERT_EQ(left.size(), right.size());
     double worst = 0;
     for (std::size_t i = 0; i < left.size(); i++)
         worst = std::max(worst, std::fabs(left[i] - right[i]));
@@ -175,7 +193,7 @@ void Corpus::check(const ManifestRow& row, const CorpusFolder& folder) {
     const std::string name = file.substr(file.find('/') + 1);
     const bool decodes =
         row.at("expectation").rfind("survive", 0) != 0 && !folder.refused.count(name);
-    const ChildResult result = readInChild(row, path("samples"));
+    const ChildResult result = readInChild(row, path("samples"), folder.upright);
     EXPECT_EQ(result.status, 0) << "a crash, or too much time or memory";
     const bool wasRefused = result.text.rfind("refused", 0) == 0;
     (wasRefused ? refused : read)++;
@@ -190,7 +208,7 @@ void Corpus::check(const ManifestRow& row, const CorpusFolder& folder) {
         std::cout << "    " << file << ": not compared: " << folder.notCompared.at(name) << "\n";
         notCompared++;
     } else if (decodes) {
-        compareSamples(row, result.text);
+        compareSamples(row, result.text, folder.upright);
     }
 }
 

@@ -24,6 +24,8 @@ struct CorpusFolder {
     std::map<std::string, std::string> refused = {};
     /// Files that are not held against what the manifest says of their samples, with the reason.
     std::map<std::string, std::string> notCompared = {};
+    /// The manifest tells of the samples as they are seen from the upper left; else, as stored.
+    bool upright = false;
 };
 
 inline void PrintTo(const CorpusFolder& folder, std::ostream* out) {

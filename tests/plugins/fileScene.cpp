@@ -1,5 +1,7 @@
 #include "plugins/fileScene.h"
 
+#include <zel/zelColormap.h>
+
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -44,6 +46,25 @@ Pixels FileScene::read(const std::string& name) const {
     const Pixels pixels = readPixels(file);
     EXPECT_EQ(file->close(0), zelOKAY);
     return pixels;
+}
+
+std::vector<double> FileScene::colors(const std::string& name) const {
+    zelFile* const file = open(name);
+    if (!file)
+        return {};
+    const Pixels pixels = readPixels(file);
+    const zelColormap* map = nullptr;
+    if (file->getColorModel() == zelRGBPalette) {
+        EXPECT_EQ(file->getColormap(map), zelOKAY);
+    }
+    const double factor = pixels.type == zelBit ? 255 : 1;
+    const bool inverse = file->getColorModel() == zelNegative;
+    std::vector<double> list;
+    for (const double number : numbers(pixels))
+        for (int c = 0; c < (pixels.channels == 1 ? 3 : 1); c++)
+            list.push_back(map ? map->getVal(number, c) : factor * (inverse ? 1 - number : number));
+    EXPECT_EQ(file->close(0), zelOKAY);
+    return list;
 }
 
 zelFile* FileScene::create(const std::string& name, const zelFileConfig& config) const {

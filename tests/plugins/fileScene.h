@@ -33,6 +33,9 @@ protected:
     zelFile* open(const std::string& name, int mode = 0) const;
     /// The pixels of a name, as they are read.
     Pixels read(const std::string& name) const;
+    /// Red, green and blue, and alpha where there is one, from 0 to 255: palettes and bits
+    /// resolved.
+    std::vector<double> colors(const std::string& name) const;
     zelFile* create(const std::string& name, const zelFileConfig& config) const;
     /// Makes a file of these pixels; a null page leaves the page size open.
     void createFrom(const std::string& name, const Pixels& pixels, zelColorModel cm, zelOrder order,

@@ -1,21 +1,8 @@
-#include "byteReader.h"
+#include "tokens.h"
 
-#include "kit/fileIo.h"
+#include <cstdint>
 
 namespace zelpnm {
-
-bool ByteReader::refill() {
-    if (failure_ != zelOKAY)
-        return false;
-    bufferOffset_ = position();
-    at_ = 0;
-    failure_ = zelkit::readSome(fd_, buffer_.data(), buffer_.size(), bufferOffset_, filled_);
-    return filled_ > 0;
-}
-
-zelStatus ByteReader::endStatus() const {
-    return failure_ == zelOKAY ? zelStatusEncode(zelPREMATUREEOF) : failure_;
-}
 
 namespace {
 

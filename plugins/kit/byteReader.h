@@ -1,5 +1,5 @@
-#ifndef ZELPNM_BYTEREADER_H
-#define ZELPNM_BYTEREADER_H
+#ifndef ZELKIT_BYTEREADER_H
+#define ZELKIT_BYTEREADER_H
 
 #include <zel/zelError.h>
 
@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace zelpnm {
+namespace zelkit {
 
 /// Reads a file byte by byte from an offset on, without moving the descriptor's position.
 class ByteReader {
@@ -21,6 +21,9 @@ public:
         at_ += byte >= 0;
         return byte;
     }
+
+    /// The next `bytes` bytes. Fails as `endStatus` says.
+    zelStatus read(std::uint8_t* data, std::size_t bytes);
 
     /// Where in the file the next byte lies.
     std::int64_t position() const { return bufferOffset_ + static_cast<std::int64_t>(at_); }
@@ -39,27 +42,6 @@ private:
     std::array<unsigned char, 4096> buffer_; // filled by `refill`
 };
 
-/// White space as the format knows it, whatever the locale: blank, tab, newline, vertical tab, form
-/// feed, carriage return.
-inline bool isSpace(int byte) {
-    return byte == ' ' || (byte >= '\t' && byte <= '\r');
-}
-
-inline bool isDigit(int byte) {
-    return byte >= '0' && byte <= '9';
-}
-
-/// Skips white space, and comments from a '#' to the end of the line.
-void skipSpace(ByteReader& reader);
-
-/// Reads the byte behind a number or a word of the header: white space, or a comment that stands in
-/// for it. Fails with zelCORRUPTED if it is anything else.
-zelStatus readSeparator(ByteReader& reader);
-
-/// Skips white space and comments and reads a decimal number from 0 to `highest`.
-/// Fails with zelPREMATUREEOF at the file's end and with zelCORRUPTED if there is no such number.
-zelStatus readNumber(ByteReader& reader, int highest, int& number);
-
-} // namespace zelpnm
+} // namespace zelkit
 
 #endif

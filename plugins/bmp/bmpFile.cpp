@@ -1,0 +1,180 @@
+#include "bmpFile.h"
+
+#include "kit/palette.h"
+
+#include <zel/zelTypeNames.h>
+
+#include <algorithm>
+#include <cerrno>
+
+namespace zelbmp {
+
+namespace {
+
+// Colours for a new palette image until the client sets its own: 3 bits of red and green, 2 of
+// blue.
+std::vector<std::uint8_t> standardColors() {
+    std::vector<std::uint8_t> colors;
+    for (int i = 0; i < zelkit::largestPalette; i++)
+        for (const int level : {(i >> 5) * 255 / 7, (i >> 2 & 7) * 255 / 7, (i & 3) * 85})
+            colors.push_back(static_cast<std::uint8_t>(level));
+    return colors;
+}
+
+} // namespace
+
+zelClassList BmpFile::classList("zelbmp::BmpFile", &zelFile::classList);
+
+char* BmpFile::getClassName(int parentIdx) const {
+    return classList.find(parentIdx);
+}
+
+const zelClassList* BmpFile::getClassId() const {
+    return &classList;
+}
+
+int BmpFile::derivesFrom(const zelClassList* className) const {
+    return classList.find(className);
+}
+
+char* BmpFile::getDefaultDescription() const {
+    static char text[] = "Bitmap file";
+    return text;
+}
+
+// Reading
+
+zelStatus BmpFile::openFile() {
+    readArguments({});
+    const zelStatus status = readHeader(fd, nameForMessages(), header_);
+    if (status != zelOKAY)
+        return status;
+    if (header_.bits >= 16)
+        pixels_ = zelkit::PackedPixels(header_.bits / 8, header_.masks);
+    cm = header_.colorModel();
+    size = zelSize(header_.width, header_.height, 1, zelColorModelChans(cm));
+    dtype = header_.bits == 1 ? zelBit : zelUChar;
+    order = zelInterleaved;
+    orientation = header_.topDown ? zelUpperLeftOrigin : zelLowerLeftOrigin;
+    compression = header_.runLengths ? zelUnknownCompression : zelNoCompression;
+    if (cm == zelRGBPalette) {
+        palette = zelkit::makePalette(header_.colors, 3);
+        if (!palette)
+            return zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
+    }
+    return beginReading();
+}
+
+zelStatus BmpFile::startDecoding() {
+    if (!header_.runLengths)
+        return rows_.begin(fd, header_.dataOffset, header_.rowBytes(), header_.height);
+    runs_.emplace(fd, header_.dataOffset, header_.bits, header_.width);
+    return zelOKAY;
+}
+
+zelStatus BmpFile::skipRows(int count) {
+    if (header_.runLengths)
+        return ScanlineFile::skipRows(count);
+    rows_.skip(count);
+    return zelOKAY;
+}
+
+zelStatus BmpFile::decodeRows(std::uint8_t* rows, int count) {
+    if (!header_.runLengths)
+        return rows_.read(count, [&](const std::uint8_t* stored) {
+            decodeRow(stored, rows);
+            rows += rowBytes();
+        });
+    zelStatus status = zelOKAY;
+    for (int i = 0; i < count && status == zelOKAY; i++, rows += rowBytes())
+        status = runs_->decodeRow(rows);
+    return status;
+}
+
+void BmpFile::decodeRow(const std::uint8_t* stored, std::uint8_t* elements) const {
+    const int bits = header_.bits;
+    if (bits >= 16) {
+        pixels_.decode(stored, elements, size.x);
+    } else if (bits == 1 || bits == 8) {
+        std::copy_n(stored, rowBytes(), elements);
+    } else {
+        const int mask = (1 << bits) - 1;
+        const int inByte = 8 / bits;
+        for (int x = 0; x < size.x; x++)
+            elements[x] = static_cast<std::uint8_t>(
+                stored[x / inByte] >> (8 - bits * (x % inByte + 1)) & mask);
+    }
+}
+
+// Writing
+
+// Fills the header from the attributes; false if no file holds such pixels.
+bool BmpFile::describeNewFile() {
+    header_.width = size.x;
+    header_.height = size.y;
+    header_.topDown = orientation == zelUpperLeftOrigin;
+    if (size.z != 1 || size.c != zelColorModelChans(cm))
+        return false;
+    switch (cm) {
+    case zelNegative:
+        header_.bits = 1;
+        header_.colors = {255, 255, 255, 0, 0, 0};
+        return dtype == zelBit;
+    case zelLuminance:
+    case zelRGBPalette:
+        header_.bits = dtype == zelBit ? 1 : 8;
+        header_.colors = cm == zelLuminance ? greyColors(1 << header_.bits) : standardColors();
+        header_.colors.resize(std::size_t{3} << header_.bits);
+        return true;
+    case zelRGB:
+    case zelRGBA:
+        header_.bits = cm == zelRGB ? 24 : 32;
+        header_.masks =
+            cm == zelRGB ? zelkit::PackedPixels::rgb888 : zelkit::PackedPixels::argb8888;
+        pixels_ = zelkit::PackedPixels(header_.bits / 8, header_.masks);
+        return dtype == zelUChar;
+    default:
+        return false;
+    }
+}
+
+zelStatus BmpFile::createFile() {
+    readArguments({});
+    if (!describeNewFile() || formatHeader(header_).empty()) {
+        zelError(zelSevWarning, "%s: a bitmap cannot hold %d x %d %s pixels of type %s",
+                 nameForMessages(), size.x, size.y, zelColorModelName(cm), zelDataTypeName(dtype));
+        return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
+    }
+    if (cm == zelRGBPalette)
+        palette = zelkit::makePalette(header_.colors, 3);
+    const zelStatus status = makeFile();
+    return status == zelOKAY ? beginWriting() : status;
+}
+
+zelStatus BmpFile::startEncoding() {
+    if (palette)
+        for (std::size_t i = 0; i < header_.colors.size(); i++)
+            header_.colors[i] =
+                zelkit::paletteByte(*palette, static_cast<int>(i / 3), static_cast<int>(i % 3));
+    const std::vector<std::uint8_t> bytes = formatHeader(header_);
+    const zelStatus status = zelkit::writeExact(fd, bytes.data(), bytes.size(), 0);
+    return status == zelOKAY
+               ? rows_.begin(fd, header_.dataOffset, header_.rowBytes(), header_.height)
+               : status;
+}
+
+zelStatus BmpFile::encodeRows(const std::uint8_t* rows, int count) {
+    return rows_.write(count, [&](std::uint8_t* stored) {
+        if (header_.bits >= 16)
+            pixels_.encode(rows, stored, size.x);
+        else
+            std::copy_n(rows, rowBytes(), stored);
+        rows += rowBytes();
+    });
+}
+
+zelStatus BmpFile::finishEncoding() {
+    return zelOKAY;
+}
+
+} // namespace zelbmp
