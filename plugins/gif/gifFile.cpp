@@ -1,0 +1,270 @@
+#include "gifFile.h"
+
+#include "kit/palette.h"
+
+#include <zel/zelFileConfig.h>
+#include <zel/zelFormat.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+namespace zelgif {
+
+namespace {
+
+zelTagDescription tags[] = {
+    {commentTag, zelkit::oneOf(zelTagString), "Comment on the file", "Comment", "", nullptr},
+    {delayTag, zelkit::oneOf(zelTagInt), "Hundredths of a second for which the image is shown",
+     "Delay", "0", nullptr},
+    {loopCountTag, zelkit::oneOf(zelTagInt), "How often the images are shown again; 0 for ever",
+     "LoopCount", "", nullptr}};
+
+// The palette of an image as it is shown, and the index of the pixels beside its frame. Null if
+// they and the frame need more than 256 colours.
+std::unique_ptr<zelColormap> paletteOf(std::span<const std::uint8_t> colors, const Frame& frame,
+                                       bool covers, int& outside) {
+    auto entries = static_cast<int>(colors.size() / 3);
+    const int transparent =
+        covers || frame.transparentIndex >= 0 ? frame.transparentIndex : entries;
+    if (transparent >= zelkit::largestPalette)
+        return nullptr;
+    outside = std::max(transparent, 0);
+    entries = std::max(entries, transparent + 1);
+    const int channels = transparent >= 0 ? 4 : 3;
+    std::vector<std::uint8_t> bytes;
+    for (int i = 0; i < entries; i++) {
+        for (std::size_t c = 0; c < 3; c++) {
+            const std::size_t at = static_cast<std::size_t>(i) * 3 + c;
+            bytes.push_back(at < colors.size() ? colors[at] : std::uint8_t{0});
+        }
+        if (channels == 4)
+            bytes.push_back(i == transparent ? 0 : 255);
+    }
+    return zelkit::makePalette(bytes, channels);
+}
+
+} // namespace
+
+std::span<zelTagDescription> tagTable() {
+    return tags;
+}
+
+zelClassList GifFile::classList("zelgif::GifFile", &zelFile::classList);
+
+char* GifFile::getClassName(int parentIdx) const {
+    return classList.find(parentIdx);
+}
+
+const zelClassList* GifFile::getClassId() const {
+    return &classList;
+}
+
+int GifFile::derivesFrom(const zelClassList* className) const {
+    return classList.find(className);
+}
+
+char* GifFile::getDefaultDescription() const {
+    static char text[] = "Graphics Interchange Format file";
+    return text;
+}
+
+// Reading
+
+zelStatus GifFile::openFile() {
+    readArguments({});
+    const zelStatus status = scan(fd, nameForMessages(), contents_);
+    return status == zelOKAY ? show(0) : status;
+}
+
+// Fills the attributes of an image. At a failure those of the image before stay.
+zelStatus GifFile::show(int i) {
+    const Frame& shown = contents_.frames[static_cast<std::size_t>(i)];
+    const bool covers = contents_.covers(shown);
+    std::unique_ptr<zelColormap> colors;
+    int outside = 0;
+    if (shown.beginsBlank || (covers && shown.transparentIndex < 0)) {
+        FrameDecoder decoder(fd);
+        const zelStatus status = decoder.open(shown);
+        if (status != zelOKAY)
+            return status;
+        colors = paletteOf(decoder.colors(), shown, covers, outside);
+    }
+    current_ = i;
+    outsideIndex_ = outside;
+    palette = std::move(colors);
+    decoder_.reset();
+    whole_ = zelkit::Buffer();
+    cm = palette ? zelRGBPalette : zelRGBA;
+    size = zelSize(contents_.width, contents_.height, 1, palette ? 1 : 4);
+    dtype = zelUChar;
+    order = zelInterleaved;
+    orientation = zelUpperLeftOrigin;
+    compression = zelLZW;
+    fillFields();
+    return beginReading();
+}
+
+void GifFile::fillFields() {
+    fields.clear();
+    if (!contents_.comment.empty())
+        fields.set(commentTag, contents_.comment);
+    if (contents_.frames.size() > 1 || frame().delay > 0)
+        fields.set(delayTag, double(frame().delay));
+    if (contents_.loopCount >= 0)
+        fields.set(loopCountTag, double(contents_.loopCount));
+}
+
+int GifFile::getNumImgs() {
+    return images_ > 0 ? images_ : static_cast<int>(contents_.frames.size());
+}
+
+zelStatus GifFile::setCurrentImg(int i) {
+    const zelStatus range = zelFile::setCurrentImg(i);
+    if (range != zelUNSUPPORTEDBYLIBRARY)
+        return range;
+    if (images_ > 0)
+        return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
+    const zelStatus status = show(i);
+    if (status == zelOKAY)
+        markAttributesChanged();
+    return status;
+}
+
+zelStatus GifFile::startDecoding() {
+    row_ = 0;
+    if (isComposed()) {
+        if (!canvas_)
+            canvas_ = std::make_unique<Canvas>(fd, contents_);
+        return canvas_->show(current_);
+    }
+    if (frame().interlaced && whole_.size() > 0)
+        return zelOKAY;
+    decoder_ = std::make_unique<FrameDecoder>(fd);
+    const zelStatus status = decoder_->open(frame());
+    indexes_.resize(static_cast<std::size_t>(frame().width));
+    return status == zelOKAY && frame().interlaced ? decodeInterlaced() : status;
+}
+
+// The rows of an interlaced frame come in four passes over the whole of it.
+zelStatus GifFile::decodeInterlaced() {
+    const auto rowLength = static_cast<std::size_t>(frame().width);
+    zelkit::Buffer rows;
+    if (!rows.allocate(rowLength * static_cast<std::size_t>(frame().height)))
+        return zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
+    const zelStatus status = forEachStoredRow(frame(), [&](int y) {
+        return decoder_->nextRow(rows.data() + rowLength * static_cast<std::size_t>(y));
+    });
+    if (status == zelOKAY)
+        whole_ = std::move(rows);
+    return status;
+}
+
+zelStatus GifFile::nextFrameRow(int y, const std::uint8_t*& indexes) {
+    if (frame().interlaced) {
+        indexes =
+            whole_.data() + static_cast<std::size_t>(frame().width) * static_cast<std::size_t>(y);
+        return zelOKAY;
+    }
+    indexes = indexes_.data();
+    return decoder_->nextRow(indexes_.data());
+}
+
+zelStatus GifFile::decodeRows(std::uint8_t* rows, int count) {
+    const Frame& shown = frame();
+    for (; count > 0; count--, row_++, rows += rowBytes()) {
+        if (isComposed()) {
+            std::memcpy(rows, canvas_->row(row_), rowBytes());
+            continue;
+        }
+        std::memset(rows, outsideIndex_, rowBytes());
+        const int y = row_ - shown.top;
+        if (y < 0 || y >= shown.height || shown.width < 1)
+            continue;
+        const std::uint8_t* indexes = nullptr;
+        const zelStatus status = nextFrameRow(y, indexes);
+        if (status != zelOKAY)
+            return status;
+        if (shown.left < size.x)
+            std::memcpy(rows + shown.left, indexes,
+                        static_cast<std::size_t>(std::min(shown.width, size.x - shown.left)));
+    }
+    return zelOKAY;
+}
+
+zelStatus GifFile::skipRows(int count) {
+    if (!isComposed() && !frame().interlaced)
+        return ScanlineFile::skipRows(count);
+    row_ += count;
+    return zelOKAY;
+}
+
+// Writing
+
+zelStatus GifFile::createFile() {
+    readArguments({});
+    const zelStatus status = makeFile();
+    if (status != zelOKAY)
+        return status;
+    images_ = 1;
+    palette = zelkit::greyPalette(zelkit::largestPalette);
+    return palette ? beginWriting() : zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
+}
+
+zelStatus GifFile::appendImg(zelFile* source, zelFileConfig* config) {
+    zelStatus status = checkWritable();
+    if (status != zelOKAY)
+        return status;
+    zelFileConfig wanted = config ? *config : zelFileConfig();
+    if (!source && wanted.areDimensionsDefaulted())
+        wanted.setDimensions(size);
+    status = format->applyDefaults(source, wanted);
+    zelSize dimensions;
+    wanted.getSize(dimensions);
+    if (status == zelOKAY && (dimensions.x != size.x || dimensions.y != size.y)) {
+        zelError(zelSevWarning, "%s: all images have the size of the first one", nameForMessages());
+        status = zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
+    }
+    if (status == zelOKAY)
+        status = finishWriting();
+    if (status != zelOKAY)
+        return status;
+    wanted.getPageSize(pageSize);
+    current_ = images_++;
+    markAttributesChanged();
+    return beginWriting();
+}
+
+zelStatus GifFile::startEncoding() {
+    const Encoder::Image image = {size.x, size.y, *palette,
+                                  static_cast<int>(fields.numberOr(delayTag, 0))};
+    zelStatus status = zelOKAY;
+    if (!encoder_) {
+        encoder_ = std::make_unique<Encoder>(fd);
+        status = encoder_->begin(image, fields.text(commentTag),
+                                 static_cast<int>(fields.numberOr(loopCountTag, -1)));
+    }
+    return status == zelOKAY ? encoder_->beginImage(image) : status;
+}
+
+zelStatus GifFile::encodeRows(const std::uint8_t* rows, int count) {
+    zelStatus status = zelOKAY;
+    for (; count > 0 && status == zelOKAY; count--, rows += rowBytes())
+        status = encoder_->writeRow(rows);
+    if (status == zelBADPARAMS)
+        zelError(zelSevWarning, "%s: an index is beyond the colour map", nameForMessages());
+    return status;
+}
+
+zelStatus GifFile::closeFile() {
+    const zelStatus written = finishWriting();
+    const zelStatus ended = encoder_ ? encoder_->finish() : zelOKAY;
+    encoder_.reset();
+    const zelStatus closed = closeDescriptor();
+    if (written != zelOKAY)
+        return written;
+    return ended != zelOKAY ? ended : closed;
+}
+
+} // namespace zelgif
