@@ -79,14 +79,14 @@ TEST_F(Exr, WritesWhatOtherProgramsReadAndReadsTheirTilesAndParts) {
             << header;
     }
     run("exrmaketiled -m -t 32 16 a.exr t.exr && exrmultipart -combine "
-                    "-i a.exr t.exr -o m.exr -override 1 >/dev/null");
+        "-i a.exr t.exr -o m.exr -override 1 >/dev/null");
     expectPixels("t.exr", pixels);
     expectPixels("m.exr:0", pixels);
     expectPixels("m.exr:1", pixels);
     // One tile of 2^30 x 2^30 pixels in a small file.
     run("offset=$(grep -abo tiledesc t.exr | head -1 | cut -d: -f1) && "
-                    "printf '\\0\\0\\0\\100\\0\\0\\0\\100' | dd of=t.exr bs=1 conv=notrunc "
-                    "seek=$((offset + 13)) 2>/dev/null");
+        "printf '\\0\\0\\0\\100\\0\\0\\0\\100' | dd of=t.exr bs=1 conv=notrunc "
+        "seek=$((offset + 13)) 2>/dev/null");
     EXPECT_EQ(zelFile::open(path("t.exr").c_str(), 0), nullptr);
 }
 

@@ -18,7 +18,7 @@
 
 namespace zel::test {
 
-/// A kind of image that a format carries without loss.
+/// A kind of image that a format carries.
 struct Combo {
     std::string suffix; ///< of the file's name, with its point
     zelDataType type = zelUChar;
@@ -33,6 +33,8 @@ struct Combo {
     /// Whether a file that lacks its last bytes is noticed. A text does not show where it ends.
     bool noticesTruncation = true;
     bool severalImages = false; ///< appendImg works
+    /// How far elements of a smooth image may be off; 0: any image comes back as it was.
+    double tolerance = 0;
 };
 
 struct PluginTraits {
