@@ -67,8 +67,12 @@ zelFileConfig configOf(const Combo& combo, Size size, const zelSize* page) {
 
 // What is written in the tests: a picture that tells each place from the others, or a smooth one.
 Pixels pictureOf(const Combo& combo, int width, int height, unsigned seed) {
-    if (combo.tolerance == 0)
-        return Pixels::pattern(combo.type, width, height, combo.channels, seed);
+    if (combo.tolerance == 0) {
+        Pixels pixels = Pixels::pattern(combo.type, width, height, combo.channels, seed);
+        if (combo.adapt)
+            combo.adapt(pixels);
+        return pixels;
+    }
     Pixels smooth(combo.type, width, height, combo.channels);
     for (int y = 0; y < height; y++)
         for (int x = 0; x < width; x++)
@@ -137,7 +141,8 @@ void expectAttributes(const zelFile* file, const Combo& combo, Size size) {
     EXPECT_EQ(dimensions.c, combo.channels);
     EXPECT_EQ(file->getDataType(), combo.type);
     EXPECT_EQ(file->getColorModel(), combo.colorModel);
-    EXPECT_EQ(file->getCompression(), combo.compression);
+    EXPECT_EQ(file->getCompression(),
+              combo.statedCompression ? combo.statedCompression : combo.compression);
     EXPECT_EQ(file->getOrientation(),
               combo.statedOrientation ? combo.statedOrientation : combo.orientation);
     if (combo.channels > 1) {

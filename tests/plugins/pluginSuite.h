@@ -6,6 +6,8 @@
 //
 //     INSTANTIATE_TEST_SUITE_P(Pnm, PluginSuite, testing::Values(PluginTraits{...}));
 
+#include "plugins/pixels.h"
+
 #include <zel/zelColor.h>
 #include <zel/zelDataSize.h>
 #include <zel/zelOrientation.h>
@@ -30,6 +32,10 @@ struct Combo {
     std::string arguments; ///< of the file's name when it is made, with its '%'
     /// The orientation that the file states when it is opened again; 0: the one it was made with.
     zelOrientation statedOrientation = zelOrientation(0);
+    /// The compression likewise.
+    zelCompression statedCompression = zelCompression(0);
+    /// Changes numbers to such as the format holds; null if it holds all of the type.
+    void (*adapt)(Pixels&) = nullptr;
     /// Whether a file that lacks its last bytes is noticed. A text does not show where it ends.
     bool noticesTruncation = true;
     bool severalImages = false; ///< appendImg works

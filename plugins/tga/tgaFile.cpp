@@ -1,0 +1,177 @@
+#include "tgaFile.h"
+
+#include "kit/palette.h"
+
+#include <zel/zelTypeNames.h>
+
+#include <algorithm>
+#include <cerrno>
+
+namespace zeltga {
+
+namespace {
+
+zelStatus noMemory() {
+    return zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
+}
+
+} // namespace
+
+zelClassList TgaFile::classList("zeltga::TgaFile", &zelFile::classList);
+
+char* TgaFile::getClassName(int parentIdx) const {
+    return classList.find(parentIdx);
+}
+
+const zelClassList* TgaFile::getClassId() const {
+    return &classList;
+}
+
+int TgaFile::derivesFrom(const zelClassList* className) const {
+    return classList.find(className);
+}
+
+char* TgaFile::getDefaultDescription() const {
+    static char text[] = "Targa file";
+    return text;
+}
+
+void TgaFile::readOptions() {
+    const zelkit::Argument arguments[] = {{"rle", &rle_}};
+    readArguments(arguments);
+}
+
+// Reading
+
+zelStatus TgaFile::openFile() {
+    readOptions();
+    const zelStatus status = readHeader(fd, nameForMessages(), header_);
+    if (status != zelOKAY)
+        return status;
+    pixels_ = header_.packing();
+    cm = header_.colorModel;
+    size = zelSize(header_.width, header_.height, 1, zelColorModelChans(cm));
+    dtype = zelUChar;
+    order = zelInterleaved;
+    orientation = header_.orientation;
+    compression = header_.runLengths ? zelUnknownCompression : zelNoCompression;
+    if (cm == zelRGBPalette) {
+        palette = zelkit::makePalette(header_.colors, header_.colorChannels);
+        if (!palette)
+            return noMemory();
+    }
+    return beginReading();
+}
+
+zelStatus TgaFile::startDecoding() {
+    if (!header_.runLengths)
+        return rows_.begin(fd, header_.dataOffset, header_.rowBytes(), header_.height);
+    packets_.emplace(fd, header_.dataOffset, header_.pixelBytes);
+    return row_.allocate(static_cast<std::size_t>(header_.rowBytes())) ? zelOKAY : noMemory();
+}
+
+zelStatus TgaFile::skipRows(int count) {
+    if (header_.runLengths)
+        return ScanlineFile::skipRows(count);
+    rows_.skip(count);
+    return zelOKAY;
+}
+
+zelStatus TgaFile::decodeRows(std::uint8_t* rows, int count) {
+    if (!header_.runLengths)
+        return rows_.read(count, [&](const std::uint8_t* stored) {
+            decodeRow(stored, rows);
+            rows += rowBytes();
+        });
+    for (int i = 0; i < count; i++, rows += rowBytes()) {
+        const zelStatus status = packets_->decode(row_.data(), size.x);
+        if (status != zelOKAY)
+            return status;
+        decodeRow(row_.data(), rows);
+    }
+    return zelOKAY;
+}
+
+void TgaFile::decodeRow(const std::uint8_t* stored, std::uint8_t* elements) const {
+    if (cm == zelRGB || cm == zelRGBA)
+        pixels_.decode(stored, elements, size.x);
+    else
+        std::copy_n(stored, rowBytes(), elements);
+}
+
+// Writing
+
+// Fills the header from the attributes; false if no file holds such pixels.
+bool TgaFile::describeNewFile() {
+    constexpr int longestSide = 65535;
+    header_.width = size.x;
+    header_.height = size.y;
+    header_.colorModel = cm;
+    header_.orientation = orientation;
+    header_.pixelBytes = zelColorModelChans(cm);
+    header_.runLengths = rle_;
+    pixels_ = header_.packing();
+    return dtype == zelUChar && size.x <= longestSide && size.y <= longestSide && size.z == 1 &&
+           size.c == header_.pixelBytes;
+}
+
+zelStatus TgaFile::createFile() {
+    readOptions();
+    if (!describeNewFile()) {
+        zelError(zelSevWarning, "%s: a Targa file cannot hold %d x %d %s pixels of type %s",
+                 nameForMessages(), size.x, size.y, zelColorModelName(cm), zelDataTypeName(dtype));
+        return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
+    }
+    compression = rle_ ? zelUnknownCompression : zelNoCompression;
+    if (cm == zelRGBPalette)
+        palette = zelkit::greyPalette(zelkit::largestPalette);
+    const zelStatus status = makeFile();
+    return status == zelOKAY ? beginWriting() : status;
+}
+
+zelStatus TgaFile::startEncoding() {
+    if (palette) {
+        header_.colorChannels = palette->getNumChans() == 4 ? 4 : 3;
+        header_.colors.clear();
+        for (int i = 0; i < zelkit::largestPalette; i++)
+            for (int c = 0; c < header_.colorChannels; c++)
+                header_.colors.push_back(zelkit::paletteByte(*palette, i, c));
+    }
+    const std::vector<std::uint8_t> bytes = formatHeader(header_);
+    const zelStatus status = zelkit::writeExact(fd, bytes.data(), bytes.size(), 0);
+    if (status != zelOKAY)
+        return status;
+    end_ = header_.dataOffset;
+    if (!rle_)
+        return rows_.begin(fd, header_.dataOffset, header_.rowBytes(), header_.height);
+    return row_.allocate(static_cast<std::size_t>(header_.rowBytes())) ? zelOKAY : noMemory();
+}
+
+zelStatus TgaFile::encodeRows(const std::uint8_t* rows, int count) {
+    if (!rle_)
+        return rows_.write(count, [&](std::uint8_t* stored) {
+            encodeRow(rows, stored);
+            rows += rowBytes();
+        });
+    coded_.clear();
+    for (int i = 0; i < count; i++, rows += rowBytes()) {
+        encodeRow(rows, row_.data());
+        appendPackets(coded_, row_.data(), size.x, header_.pixelBytes);
+    }
+    const zelStatus status = zelkit::writeExact(fd, coded_.data(), coded_.size(), end_);
+    end_ += static_cast<std::int64_t>(coded_.size());
+    return status;
+}
+
+void TgaFile::encodeRow(const std::uint8_t* elements, std::uint8_t* stored) const {
+    if (cm == zelRGB || cm == zelRGBA)
+        pixels_.encode(elements, stored, size.x);
+    else
+        std::copy_n(elements, rowBytes(), stored);
+}
+
+zelStatus TgaFile::finishEncoding() {
+    return zelOKAY;
+}
+
+} // namespace zeltga

@@ -1,0 +1,56 @@
+#ifndef ZELTGA_TGAFILE_H
+#define ZELTGA_TGAFILE_H
+
+#include "header.h"
+#include "packets.h"
+
+#include "kit/fixedRows.h"
+#include "kit/packedPixels.h"
+#include "kit/scanlineFile.h"
+
+#include <optional>
+#include <vector>
+
+namespace zeltga {
+
+/// A Targa file. Rows are shown in the order and direction in which they are stored.
+class TgaFile final : public zelkit::ScanlineFile {
+public:
+    static zelClassList classList;
+
+    char* getClassName(int parentIdx) const override;
+    const zelClassList* getClassId() const override;
+    int derivesFrom(const zelClassList* className) const override;
+
+protected:
+    char* getDefaultDescription() const override;
+    zelStatus openFile() override;
+    zelStatus createFile() override;
+
+    zelStatus startDecoding() override;
+    zelStatus decodeRows(std::uint8_t* rows, int count) override;
+    zelStatus skipRows(int count) override;
+    zelStatus startEncoding() override;
+    zelStatus encodeRows(const std::uint8_t* rows, int count) override;
+    zelStatus finishEncoding() override;
+
+private:
+    void readOptions();
+    bool describeNewFile();
+    void decodeRow(const std::uint8_t* stored, std::uint8_t* elements) const;
+    void encodeRow(const std::uint8_t* elements, std::uint8_t* stored) const;
+
+    Header header_;
+    zelkit::PackedPixels pixels_; ///< of zelRGB and zelRGBA
+    zelkit::FixedRows rows_;
+    std::optional<PacketReader> packets_;
+    zelkit::Buffer row_;              ///< one row as it is stored, with run lengths
+    std::vector<std::uint8_t> coded_; ///< run lengths of rows in writing
+    std::int64_t end_ = 0;            ///< of what is written with run lengths
+
+    bool rle_ = false; ///< the format argument
+};
+
+} // namespace zeltga
+
+#endif

@@ -1,0 +1,49 @@
+#include "tgaFile.h"
+
+#include "kit/tableFormat.h"
+
+#include <cerrno>
+#include <new>
+
+namespace zeltga {
+
+namespace {
+
+using zelkit::maskOf;
+
+constexpr zelkit::ColorModelChannels colorModels[] = {
+    {zelLuminance, 1}, {zelRGBPalette, 1}, {zelLuminanceAlpha, 2}, {zelRGB, 3}, {zelRGBA, 4}};
+
+constexpr zelkit::Capabilities tgaCapabilities = {
+    .types = zelUChar,
+    .orders = zelInterleaved,
+    .orientations =
+        maskOf({zelUpperLeftOrigin, zelUpperRightOrigin, zelLowerRightOrigin, zelLowerLeftOrigin}),
+    .compressions = maskOf({zelNoCompression}),
+    .colorModels = colorModels,
+    .maxWidth = 65535,
+    .maxHeight = 65535,
+    .maxChannels = 4,
+    .preferredOrientation = zelLowerLeftOrigin,
+    .randomAccessWrite = false,
+};
+
+class TgaFormat final : public zelkit::TableFormat {
+public:
+    TgaFormat() : TableFormat("TGA", tgaCapabilities) {}
+
+protected:
+    zelFile* newfileobj() override {
+        auto* const file = new (std::nothrow) TgaFile;
+        if (!file)
+            errno = ENOMEM;
+        return file;
+    }
+};
+
+// Building it registers the format, as the plug-in is loaded.
+TgaFormat registration;
+
+} // namespace
+
+} // namespace zeltga
