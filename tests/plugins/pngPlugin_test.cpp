@@ -2,6 +2,8 @@
 #include "plugins/fileScene.h"
 #include "plugins/pluginSuite.h"
 
+#include <zel/zelColormap.h>
+
 namespace zel::test {
 
 namespace {
@@ -37,6 +39,111 @@ PluginTraits pngTraits() {
 
 INSTANTIATE_TEST_SUITE_P(Png, PluginSuite, testing::Values(pngTraits()));
 INSTANTIATE_TEST_SUITE_P(Png, CorpusSuite, testing::Values(CorpusFolder{"png"}));
+
+class PngExchange : public FileScene {
+protected:
+    // A picture that PNM holds too, as `picture.pam`.
+    Pixels picture(zelDataType type, int channels) {
+        const Pixels pixels = Pixels::pattern(type, 61, 43, channels, 5);
+        createFrom("picture.pam", pixels, zelColorModelFromChans(channels), zelInterleaved,
+                   zelNoCompression);
+        return pixels;
+    }
+};
+
+struct Kind {
+    zelDataType type;
+    int channels;
+};
+constexpr Kind kinds[] = {{zelBit, 1},    {zelUChar, 1},  {zelUShort, 1},
+                          {zelUChar, 2},  {zelUShort, 2}, {zelUChar, 3},
+                          {zelUShort, 3}, {zelUChar, 4},  {zelUShort, 4}};
+
+TEST_F(PngExchange, ReadsWhatOthersWrite) {
+    for (const Kind kind : kinds)
+        for (const char* const interlace : {"", "-interlace PNG"}) {
+            SCOPED_TRACE(std::to_string(kind.type) + " x " + std::to_string(kind.channels) +
+                         interlace);
+            const Pixels pixels = picture(kind.type, kind.channels);
+            const std::string alpha = kind.channels % 2 == 0 ? "" : " -alpha off";
+            const int colorType = kind.channels == 1   ? 0
+                                  : kind.channels == 2 ? 4
+                                  : kind.channels == 3 ? 2
+                                                       : 6;
+            const int bits = kind.type == zelBit ? 1 : kind.type == zelUChar ? 8 : 16;
+            run("convert-im6.q16 picture.pam" + alpha + " " + interlace +
+                " -define png:color-type=" + std::to_string(colorType) +
+                " -define png:bit-depth=" + std::to_string(bits) + " other.png");
+            const Pixels got = read("other.png");
+            EXPECT_EQ(got.type, kind.type);
+            EXPECT_TRUE(got == pixels);
+        }
+}
+
+TEST_F(PngExchange, IsReadByOthers) {
+    for (const Kind kind : kinds) {
+        SCOPED_TRACE(std::to_string(kind.type) + " x " + std::to_string(kind.channels));
+        const Pixels pixels = picture(kind.type, kind.channels);
+        createFrom("own.png", pixels, zelColorModelFromChans(kind.channels), zelInterleaved,
+                   zelZIP);
+        // A bitmap of netpbm has 1 for black.
+        if (kind.type == zelBit)
+            run("pngtopnm own.png | pnminvert >other.pam");
+        else if (kind.channels % 2 != 0)
+            run("pngtopnm own.png >other.pam");
+        else
+            run("pngtopam -alphapam own.png >other.pam");
+        EXPECT_TRUE(read("other.pam") == pixels);
+    }
+}
+
+TEST_F(PngExchange, KeepsPalettesWithTheirAlpha) {
+    const Pixels indexes = Pixels::pattern(zelUChar, 20, 10, 1, 3);
+    const zelSize size(20, 10, 1, 1);
+    zelFile* file =
+        create("own.png", zelFileConfig(&size, zelUChar, zelInterleaved, zelRGBPalette));
+    ASSERT_NE(file, nullptr);
+    zelColormap map(4, zelUChar, 0, 255);
+    for (int i = 0; i < 256; i++)
+        for (int c = 0; c < 4; c++)
+            map.setVal((i * (c + 3) + 40 * c) % 256, i, c);
+    EXPECT_EQ(file->setColormap(&map), zelOKAY);
+    EXPECT_EQ(writePixels(file, indexes), zelOKAY);
+    EXPECT_EQ(file->close(0), zelOKAY);
+
+    Pixels colors(zelUChar, 20, 10, 4);
+    for (int y = 0; y < 10; y++)
+        for (int x = 0; x < 20; x++)
+            for (int c = 0; c < 4; c++)
+                colors.set(x, y, c, map.getVal(indexes.at(x, y, 0), c));
+    run("pngtopam -alphapam own.png >other.pam");
+    EXPECT_TRUE(read("other.pam") == colors);
+
+    file = open("own.png");
+    ASSERT_NE(file, nullptr);
+    const zelColormap* stored = nullptr;
+    EXPECT_EQ(file->getColormap(stored), zelOKAY);
+    EXPECT_TRUE(stored && !stored->isDiff(map));
+    EXPECT_TRUE(readPixels(file) == indexes);
+    EXPECT_EQ(file->close(0), zelOKAY);
+}
+
+TEST_F(PngExchange, SpreadsSmallGreyAndKeepsSmallIndexes) {
+    write("four.pgm", "P2 4 2 15  0 1 2 3  12 13 14 15\n");
+    run("pnmtopng four.pgm >grey.png");
+    EXPECT_EQ(numbers(read("grey.png")), (std::vector<double>{0, 17, 34, 51, 204, 221, 238, 255}));
+    write("colors.ppm", "P3 3 1 255  9 8 7  200 10 10  9 8 7\n");
+    run("pnmtopng colors.ppm >palette.png");
+    zelFile* const file = open("palette.png");
+    ASSERT_NE(file, nullptr);
+    const zelColormap* map = nullptr;
+    ASSERT_EQ(file->getColormap(map), zelOKAY);
+    const Pixels indexes = readPixels(file);
+    EXPECT_EQ(indexes.type, zelBit);
+    EXPECT_EQ(map->getVal(indexes.at(0, 0, 0), 0), 9);
+    EXPECT_EQ(map->getVal(indexes.at(1, 0, 0), 0), 200);
+    EXPECT_EQ(file->close(0), zelOKAY);
+}
 
 } // namespace
 
