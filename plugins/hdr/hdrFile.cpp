@@ -1,0 +1,123 @@
+#include "hdrFile.h"
+
+#include "pixels.h"
+#include "scanline.h"
+
+#include <zel/zelTypeNames.h>
+
+#include <cerrno>
+
+namespace zelhdr {
+
+zelClassList HdrFile::classList("zelhdr::HdrFile", &zelFile::classList);
+
+char* HdrFile::getClassName(int parentIdx) const {
+    return classList.find(parentIdx);
+}
+
+const zelClassList* HdrFile::getClassId() const {
+    return &classList;
+}
+
+int HdrFile::derivesFrom(const zelClassList* className) const {
+    return classList.find(className);
+}
+
+char* HdrFile::getDefaultDescription() const {
+    static char text[] = "Radiance picture";
+    return text;
+}
+
+std::span<const zelTagDescription> HdrFile::tagDescriptions() const {
+    return zelhdr::tagDescriptions();
+}
+
+zelStatus HdrFile::makeLine() {
+    return line_.allocate(static_cast<std::size_t>(size.x) * 4)
+               ? zelOKAY
+               : zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
+}
+
+// Reading
+
+zelStatus HdrFile::openFile() {
+    readArguments({});
+    const zelStatus status = readHeader(fd, nameForMessages(), header_);
+    if (status != zelOKAY)
+        return status;
+    size = zelSize(header_.width, header_.height, 1, 3);
+    dtype = zelFloat;
+    order = zelInterleaved;
+    cm = header_.xyz ? zelMultiSpectral : zelRGB;
+    orientation = header_.orientation;
+    compression = zelUnknownCompression;
+    fields = header_.fields;
+    return beginReading();
+}
+
+zelStatus HdrFile::startDecoding() {
+    reader_.emplace(fd, header_.dataOffset);
+    return makeLine();
+}
+
+zelStatus HdrFile::decodeRows(std::uint8_t* rows, int count) {
+    for (int i = 0; i < count; i++, rows += rowBytes()) {
+        const zelStatus status = readScanline(*reader_, line_.data(), size.x);
+        if (status != zelOKAY)
+            return status;
+        decodePixels(line_.data(), reinterpret_cast<float*>(rows), size.x);
+    }
+    return zelOKAY;
+}
+
+zelStatus HdrFile::skipRows(int count) {
+    zelStatus status = zelOKAY;
+    for (int i = 0; i < count && status == zelOKAY; i++)
+        status = readScanline(*reader_, line_.data(), size.x);
+    return status;
+}
+
+// Writing
+
+zelStatus HdrFile::createFile() {
+    readArguments({});
+    const bool channelsFit = size.c == 3 && (cm == zelRGB || cm == zelMultiSpectral);
+    if (!channelsFit || dtype != zelFloat || orientation < zelUpperLeftOrigin ||
+        orientation > zelLeftLowerOrigin) {
+        zelError(zelSevWarning, "%s: a Radiance picture cannot hold %d channels of %s of type %s",
+                 nameForMessages(), size.c, zelColorModelName(cm), zelDataTypeName(dtype));
+        return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
+    }
+    header_.width = size.x;
+    header_.height = size.y;
+    header_.orientation = orientation;
+    header_.xyz = cm == zelMultiSpectral;
+    compression = zelUnknownCompression;
+    const zelStatus status = makeFile();
+    return status == zelOKAY ? beginWriting() : status;
+}
+
+zelStatus HdrFile::startEncoding() {
+    header_.fields = fields;
+    const std::string text = formatHeader(header_);
+    end_ = static_cast<std::int64_t>(text.size());
+    const zelStatus status = zelkit::writeExact(fd, text.data(), text.size(), 0);
+    return status == zelOKAY ? makeLine() : status;
+}
+
+zelStatus HdrFile::encodeRows(const std::uint8_t* rows, int count) {
+    coded_.clear();
+    for (int i = 0; i < count; i++, rows += rowBytes()) {
+        encodePixels(reinterpret_cast<const float*>(rows), line_.data(), size.x);
+        appendScanline(coded_, line_.data(), size.x);
+    }
+    const zelStatus status = zelkit::writeExact(fd, coded_.data(), coded_.size(), end_);
+    end_ += static_cast<std::int64_t>(coded_.size());
+    return status;
+}
+
+zelStatus HdrFile::finishEncoding() {
+    return zelOKAY;
+}
+
+} // namespace zelhdr

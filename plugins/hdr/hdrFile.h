@@ -1,0 +1,49 @@
+#ifndef ZELHDR_HDRFILE_H
+#define ZELHDR_HDRFILE_H
+
+#include "header.h"
+
+#include "kit/byteReader.h"
+#include "kit/scanlineFile.h"
+
+#include <optional>
+#include <vector>
+
+namespace zelhdr {
+
+/// A Radiance picture. Scanlines are shown in the order and direction in which they are stored.
+class HdrFile final : public zelkit::ScanlineFile {
+public:
+    static zelClassList classList;
+
+    char* getClassName(int parentIdx) const override;
+    const zelClassList* getClassId() const override;
+    int derivesFrom(const zelClassList* className) const override;
+
+protected:
+    char* getDefaultDescription() const override;
+    zelStatus openFile() override;
+    zelStatus createFile() override;
+
+    zelStatus startDecoding() override;
+    zelStatus decodeRows(std::uint8_t* rows, int count) override;
+    zelStatus skipRows(int count) override;
+    zelStatus startEncoding() override;
+    zelStatus encodeRows(const std::uint8_t* rows, int count) override;
+    zelStatus finishEncoding() override;
+
+    std::span<const zelTagDescription> tagDescriptions() const override;
+
+private:
+    zelStatus makeLine();
+
+    Header header_;
+    std::optional<zelkit::ByteReader> reader_;
+    zelkit::Buffer line_;             ///< one scanline as it is stored, without run lengths
+    std::vector<std::uint8_t> coded_; ///< scanlines in writing
+    std::int64_t end_ = 0;            ///< of what is written
+};
+
+} // namespace zelhdr
+
+#endif
