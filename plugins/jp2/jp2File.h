@@ -1,0 +1,72 @@
+#ifndef ZELJP2_JP2FILE_H
+#define ZELJP2_JP2FILE_H
+
+#include "boxes.h"
+#include "decoder.h"
+#include "encoder.h"
+#include "shape.h"
+
+#include "kit/scanlineFile.h"
+
+#include <memory>
+#include <vector>
+
+namespace zeljp2 {
+
+/// A JP2 file or a bare codestream. New files are written in tiles as wide as the image, in rising
+/// order; existing ones are read in any order, by tiles if they have several.
+class Jp2File final : public zelkit::ScanlineFile {
+public:
+    static zelClassList classList;
+
+    char* getClassName(int parentIdx) const override;
+    const zelClassList* getClassId() const override;
+    int derivesFrom(const zelClassList* className) const override;
+
+    zelStatus getPage(void* data, int x, int y, int z, int c, int nx, int ny, int nz,
+                      int nc) override;
+
+protected:
+    char* getDefaultDescription() const override;
+    zelStatus openFile() override;
+    zelStatus createFile() override;
+
+    zelStatus startDecoding() override;
+    zelStatus decodeRows(std::uint8_t* rows, int count) override;
+    zelStatus startEncoding() override;
+    zelStatus encodeRows(const std::uint8_t* rows, int count) override;
+    zelStatus finishEncoding() override;
+    bool carriesIccProfile() const override;
+
+private:
+    /// A box of the image.
+    struct Box {
+        int x, y, nx, ny;
+    };
+    void readOptions();
+    zelStatus show();
+    Area areaOf(const Box& page) const;
+    void copyPage(void* data, const Box& page);
+    void turnToRgb(std::size_t columns);
+    void spread(std::size_t channel, std::size_t columns);
+    void storeRow(void* data, std::int64_t firstElement, std::size_t columns) const;
+
+    Boxes boxes_;
+    Shape shape_;
+    View view_;
+    std::unique_ptr<Decoder> decoder_;
+    int areaRows_ = 0;                           ///< decoded together where pages are bands
+    std::vector<std::vector<std::int32_t>> row_; ///< by channel
+
+    std::unique_ptr<Encoder> encoder_; ///< of a new file
+    bool isNew_ = false;
+    bool bare_ = false;
+    std::int64_t headerBytes_ = 0;
+    std::vector<std::uint8_t> planes_;
+    int quality_ = 0; ///< the format arguments
+    int rate_ = 0;
+};
+
+} // namespace zeljp2
+
+#endif

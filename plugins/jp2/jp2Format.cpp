@@ -1,0 +1,69 @@
+#include "jp2File.h"
+
+#include "kit/sizes.h"
+#include "kit/tableFormat.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <new>
+
+namespace zeljp2 {
+
+namespace {
+
+using zelkit::maskOf;
+
+constexpr zelkit::ColorModelChannels colorModels[] = {{zelRGB, 3},  {zelLuminance, 1},
+                                                      {zelRGBA, 4}, {zelLuminanceAlpha, 2},
+                                                      {zelCMYK, 4}, {zelMultiSpectral, 0}};
+
+constexpr zelkit::Capabilities jp2Capabilities = {
+    .types = zelUChar | zelChar | zelUShort | zelShort,
+    .orders = zelInterleaved,
+    .orientations = maskOf({zelUpperLeftOrigin}),
+    .colorModels = colorModels,
+    .maxChannels = 16384,
+    .preferredCompression = zelUnknownCompression,
+    .randomAccessWrite = false,
+};
+
+// The samples of a tile, in the codec's form of four bytes, are in memory while it is written.
+constexpr std::int64_t preferredTileSamples = 4 << 20;
+constexpr int leastTileRows = 128;
+
+class Jp2Format final : public zelkit::TableFormat {
+public:
+    Jp2Format() : TableFormat("JP2", jp2Capabilities) {}
+
+    // None of the compressions that have names is that of the format.
+    int compressionIsSupported(zelCompression compression) override {
+        return compression == zelUnknownCompression;
+    }
+    void getPreferredPageSize(int x, int y, int /*z*/, int c, int& pageX, int& pageY, int& pageZ,
+                              int& pageC, zelOrientation) override {
+        const std::int64_t row = zelkit::checkedProduct({x, c}).value_or(INT64_MAX);
+        const std::int64_t rows = preferredTileSamples / std::max<std::int64_t>(row, 1);
+        const std::int64_t whole = rows / leastTileRows * leastTileRows;
+        pageX = x;
+        pageY = static_cast<int>(
+            rows >= y ? y
+                      : std::min<std::int64_t>(std::max<std::int64_t>(whole, leastTileRows), y));
+        pageZ = 1;
+        pageC = c;
+    }
+
+protected:
+    zelFile* newfileobj() override {
+        auto* const file = new (std::nothrow) Jp2File;
+        if (!file)
+            errno = ENOMEM;
+        return file;
+    }
+};
+
+// Building it registers the format, as the plug-in is loaded.
+Jp2Format registration;
+
+} // namespace
+
+} // namespace zeljp2
