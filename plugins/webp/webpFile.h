@@ -1,0 +1,66 @@
+#ifndef ZELWEBP_WEBPFILE_H
+#define ZELWEBP_WEBPFILE_H
+
+#include "container.h"
+#include "encoder.h"
+#include "frameSource.h"
+
+#include "kit/scanlineFile.h"
+
+#include <memory>
+#include <span>
+
+namespace zelwebp {
+
+/// The tags: those of EXIF, and the duration and repetition of an animation.
+std::span<zelTagDescription> tagTable();
+
+/// A WebP file.
+class WebpFile final : public zelkit::ScanlineFile {
+public:
+    static zelClassList classList;
+
+    WebpFile() = default;
+
+    char* getClassName(int parentIdx) const override;
+    const zelClassList* getClassId() const override;
+    int derivesFrom(const zelClassList* className) const override;
+
+    int getNumImgs() override;
+    int getCurrentImg() override { return current_; }
+    zelStatus setCurrentImg(int i) override;
+    zelStatus setItem(int tag, va_list args) override;
+
+protected:
+    char* getDefaultDescription() const override;
+    zelStatus openFile() override;
+    zelStatus createFile() override;
+
+    zelStatus startDecoding() override;
+    zelStatus decodeRows(std::uint8_t* rows, int count) override;
+    zelStatus skipRows(int count) override;
+
+    zelStatus startEncoding() override;
+    zelStatus encodeRows(const std::uint8_t* rows, int count) override;
+    zelStatus finishEncoding() override;
+
+    std::span<const zelTagDescription> tagDescriptions() const override { return tagTable(); }
+    bool carriesIccProfile() const override { return true; }
+
+private:
+    ~WebpFile() override = default;
+
+    void readOptions();
+    zelStatus show(int i);
+
+    Options options_;
+    Container container_;
+    int current_ = 0;
+    int row_ = 0; ///< the next row to be decoded
+    std::unique_ptr<FrameSource> source_;
+    std::unique_ptr<Encoder> encoder_;
+};
+
+} // namespace zelwebp
+
+#endif

@@ -1,0 +1,132 @@
+#include "plugins/corpusSuite.h"
+#include "plugins/fileScene.h"
+#include "plugins/pluginSuite.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace zel::test {
+
+namespace {
+
+PluginTraits webpTraits() {
+    PluginTraits traits;
+    traits.format = "WEBP";
+    traits.randomAccessWrite = false;
+    Combo kind;
+    kind.suffix = ".webp";
+    kind.compression = zelZIP;
+    kind.colorModel = zelRGB;
+    kind.channels = 3;
+    for (int orientation = zelUpperLeftOrigin; orientation <= zelLeftLowerOrigin; orientation++) {
+        kind.orientation = zelOrientation(orientation);
+        traits.combos.push_back(kind);
+    }
+    kind.orientation = zelUpperLeftOrigin;
+    kind.colorModel = zelRGBA;
+    kind.channels = 4;
+    traits.combos.push_back(kind);
+    return traits;
+}
+
+INSTANTIATE_TEST_SUITE_P(Webp, PluginSuite, testing::Values(webpTraits()));
+INSTANTIATE_TEST_SUITE_P(Webp, CorpusSuite, testing::Values(CorpusFolder{"webp"}));
+
+class Webp : public FileScene {
+protected:
+    std::string bytesOf(const std::string& name) const {
+        const Pixels pixels = read(name);
+        return {pixels.bytes.begin(), pixels.bytes.end()};
+    }
+    // The pixels that another decoder gives, in 3 or 4 channels.
+    std::string decoded(const std::string& name, int channels) const {
+        run("dwebp -quiet " + name + (channels == 4 ? " -pam" : " -ppm") + " -o decoded");
+        const std::string all = content("decoded");
+        return all.substr(all.size() - static_cast<std::size_t>(301 * 203 * channels));
+    }
+};
+
+constexpr const char* makePictures =
+    "convert-im6.q16 rose: -resize '301x203!' a.png && "
+    "convert-im6.q16 a.png -alpha on -channel A -fx 'i/w*(j>9)' b.png";
+
+TEST_F(Webp, ReadsWhatAnotherDecoderReads) {
+    run(makePictures);
+    run("cwebp -quiet -q 60 a.png -o a.webp && cwebp -quiet -q 60 b.png -o b.webp && "
+        "cwebp -quiet -lossless -exact b.png -o c.webp");
+    EXPECT_TRUE(bytesOf("a.webp") == decoded("a.webp", 3));
+    EXPECT_TRUE(bytesOf("b.webp") == decoded("b.webp", 4));
+    EXPECT_TRUE(bytesOf("c.webp") == decoded("c.webp", 4));
+}
+
+TEST_F(Webp, WritesWhatAnotherDecoderReads) {
+    run(makePictures);
+    const Pixels pixels = read("b.png");
+    const zelSize size(301, 203, 1, 4);
+    const std::string profile("not quite a profile, but an odd number of bytes");
+    for (const char* arguments : {"%quality=90", "%lossless%effort=0"}) {
+        const zelFileConfig config(&size, zelUChar, zelInterleaved, zelRGBA, zelRightUpperOrigin);
+        zelFile* file = create(std::string("b.webp") + arguments, config);
+        ASSERT_NE(file, nullptr);
+        EXPECT_EQ(file->setTag(315, "somebody"), zelOKAY);
+        EXPECT_EQ(file->setICCProfile(static_cast<int>(profile.size()), profile.data()), zelOKAY);
+        EXPECT_EQ(file->setTile(0, 0, 0, 301, 203, 1, pixels.bytes.data(), nullptr),
+                  zelBADPARAMS); // the file's own frame is transposed
+        const zelConfig upright(zelUChar, zelInterleaved, 4, nullptr, 0, zelUpperLeftOrigin);
+        EXPECT_EQ(file->setTile(0, 0, 0, 301, 203, 1, pixels.bytes.data(), &upright), zelOKAY);
+        EXPECT_EQ(file->close(0), zelOKAY);
+
+        const bool lossless = arguments[1] == 'l';
+        EXPECT_NE(output("webpinfo b.webp").find(lossless ? "Format: Lossless" : "Format: Lossy"),
+                  std::string::npos);
+        EXPECT_EQ(output("webpmux -get icc b.webp -o icc 2>/dev/null; cat icc"), profile);
+        EXPECT_NE(output("webpmux -get exif b.webp -o exif 2>/dev/null; cat exif").find("somebody"),
+                  std::string::npos);
+        file = open("b.webp");
+        ASSERT_NE(file, nullptr);
+        EXPECT_EQ(file->getOrientation(), zelRightUpperOrigin);
+        EXPECT_EQ(file->getCompression(), lossless ? zelZIP : zelJPEG);
+        EXPECT_EQ(file->close(0), zelOKAY);
+        // Colours that nothing shows are free in a lossy file.
+        double worst = 0;
+        const Pixels back = read("b.webp");
+        for (int y = 10; y < 203; y++)
+            for (int x = lossless ? 0 : 60; x < 301; x++)
+                for (int c = 0; c < 4; c++)
+                    worst = std::max(worst, std::fabs(back.at(x, y, c) - pixels.at(x, y, c)));
+        EXPECT_LE(worst, lossless ? 0 : 40);
+    }
+}
+
+TEST_F(Webp, ComposesAnimations) {
+    run("convert-im6.q16 rose: -colors 200 r.gif && convert-im6.q16 r.gif -crop 30x20+9+9 "
+        "+repage s.gif && convert-im6.q16 -delay 7 -dispose none r.gif -dispose background -page "
+        "+3+25 s.gif -dispose previous -page +38+5 s.gif -dispose none -page +50+3 '(' -size 12x20 "
+        "xc:none -fill red -draw 'circle 5,9 5,2' ')' a.gif && gif2webp -quiet a.gif -o a.webp && "
+        "convert-im6.q16 a.gif -coalesce -depth 8 rgba:expected");
+    const std::string expected = content("expected");
+    zelFile* const file = open("a.webp");
+    ASSERT_NE(file, nullptr);
+    ASSERT_EQ(file->getNumImgs(), 4);
+    for (const std::size_t i : {0, 1, 2, 3, 1, 0}) {
+        ASSERT_EQ(file->setCurrentImg(static_cast<int>(i)), zelOKAY);
+        const Pixels pixels = readPixels(file);
+        int differ = 0;
+        for (std::size_t at = 0; at < std::size_t{70} * 46 * 4; at += 4) {
+            const std::size_t there = i * 70 * 46 * 4 + at;
+            const std::string seen(pixels.bytes.begin() + static_cast<std::ptrdiff_t>(at),
+                                   pixels.bytes.begin() + static_cast<std::ptrdiff_t>(at + 4));
+            differ +=
+                seen != expected.substr(there, 4) && (seen[3] != 0 || expected[there + 3] != 0);
+        }
+        EXPECT_EQ(differ, 0) << "image " << i;
+        int duration = 0;
+        EXPECT_EQ(file->getTag(1, &duration), zelOKAY);
+        EXPECT_EQ(duration, 70);
+    }
+    EXPECT_EQ(file->close(0), zelOKAY);
+}
+
+} // namespace
+
+} // namespace zel::test
