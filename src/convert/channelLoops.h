@@ -58,7 +58,7 @@ void split(std::byte* const* planes, const std::byte* pixels, int slots, std::pt
         constexpr int width = bytes / size;
         using Places = SplitPlaces<channels, width, back>;
         for (; done + width <= count; done += width) {
-            std::array<Lanes, channels> in;
+            Several<Lanes, channels> in;
             for (int k = 0; k < channels; ++k)
                 in[static_cast<std::size_t>(k)] =
                     loadLanes<Lanes>(pixels + done * channels * size + k * bytes);
@@ -85,7 +85,7 @@ void join(std::byte* pixels, const std::byte* const* planes, int slots, std::ptr
         constexpr int width = bytes / size;
         using Places = JoinPlaces<channels, width>;
         for (; done + width <= count; done += width) {
-            std::array<Lanes, channels> in;
+            Several<Lanes, channels> in;
             for (std::size_t c = 0; c < channels; ++c)
                 in[c] = loadLanes<Lanes>(planes[c] + done * size);
             std::byte* to = pixels + done * channels * size;

@@ -24,11 +24,11 @@ struct ZipPlaces {
 
 /// A square of as many vectors as each has lanes: rows become columns in log2(width) rounds.
 template <int width, class Lanes>
-void turnBlock(std::array<Lanes, width>& block) {
+void turnBlock(Several<Lanes, width>& block) {
     for (int round = 1; round < width; round *= 2) {
-        std::array<Lanes, width> next;
+        Several<Lanes, width> next;
         for (std::size_t k = 0; k < width / 2; ++k) {
-            const std::array<Lanes, 2> pair{block[k], block[k + width / 2]};
+            const Several<Lanes, 2> pair{block[k], block[k + width / 2]};
             next[2 * k] = gather<width, ZipPlaces<width, 0>, 0>(pair, pair[0]);
             next[2 * k + 1] = gather<width, ZipPlaces<width, 1>, 0>(pair, pair[0]);
         }
@@ -62,7 +62,7 @@ void exchangeElements(Rows to, ConstRows from, int rows, int length) {
     const int wholeUnits = length - length % width;
     for (int i = 0; i < wholeUnits; i += width) {
         for (int k = 0; k < wholeRows; k += width) {
-            std::array<Lanes, width> block;
+            Several<Lanes, width> block;
             for (int n = 0; n < width; ++n)
                 block[static_cast<std::size_t>(n)] =
                     loadLanes<Lanes>(from.first + (k + n) * from.step + std::ptrdiff_t{i} * size);
@@ -76,39 +76,45 @@ void exchangeElements(Rows to, ConstRows from, int rows, int length) {
     exchangeUnits<size>(to, from, 0, rows, wholeUnits, length);
 }
 
-/// Between pixels of three bytes and lanes of four.
+/// Between pixels of three elements and lanes of four, `width` of them in a vector.
+template <int width>
 struct WidenPlaces {
     static constexpr Place of(int, int lane) { return {0, lane / 4 * 3 + lane % 4 % 3}; }
 };
+template <int width>
 struct NarrowPlaces {
     static constexpr Place of(int, int lane) {
-        return {0, lane < 12 ? lane / 3 * 4 + lane % 3 : 0};
+        return {0, lane < 3 * width ? lane / 3 * 4 + lane % 3 : 0};
     }
 };
 
-/// Four pixels of three bytes at a time. A vector reaches one and a third pixel beyond the four;
-/// the blocks end early enough for these to belong to the same row, and the next ones write them.
-inline void exchangeTriples(Rows to, ConstRows from, int rows, int length) {
-    using Bytes = LanesOf<std::uint8_t, blockBytes>::Type;
-    using Words = LanesOf<std::uint32_t, blockBytes>::Type;
-    constexpr int size = 3;
-    const int wholeRows = rows < 6 ? 0 : (rows - 2) / 4 * 4;
-    const int wholeUnits = length < 6 ? 0 : (length - 2) / 4 * 4;
-    for (int i = 0; i < wholeUnits; i += 4) {
-        for (int k = 0; k < wholeRows; k += 4) {
-            std::array<Words, 4> block;
-            for (int n = 0; n < 4; ++n) {
-                const std::array<Bytes, 1> pixels{
-                    loadLanes<Bytes>(from.first + (k + n) * from.step + i * size)};
-                const Bytes lanes = gather<blockBytes, WidenPlaces, 0>(pixels, pixels[0]);
-                std::memcpy(&block[static_cast<std::size_t>(n)], &lanes, sizeof lanes);
+/// Pixels of three elements, some to a vector. A vector reaches beyond them; the blocks end early
+/// enough for what is there to belong to the same row, and the next ones write it.
+template <class Element, class Pixel>
+void exchangeTriples(Rows to, ConstRows from, int rows, int length) {
+    using Elements = typename LanesOf<Element, blockBytes>::Type;
+    using Pixels = typename LanesOf<Pixel, blockBytes>::Type;
+    constexpr int size = 3 * sizeof(Element);
+    constexpr int width = blockBytes / static_cast<int>(sizeof(Pixel));
+    constexpr int lanes = 4 * width;
+    constexpr int beyond = (blockBytes + size - 1) / size - width;
+    const int wholeRows = rows > beyond ? (rows - beyond) / width * width : 0;
+    const int wholeUnits = length > beyond ? (length - beyond) / width * width : 0;
+    for (int i = 0; i < wholeUnits; i += width) {
+        for (int k = 0; k < wholeRows; k += width) {
+            Several<Pixels, width> block;
+            for (int n = 0; n < width; ++n) {
+                const Several<Elements, 1> in{
+                    loadLanes<Elements>(from.first + (k + n) * from.step + i * size)};
+                const Elements wide = gather<lanes, WidenPlaces<width>, 0>(in, in[0]);
+                std::memcpy(&block[static_cast<std::size_t>(n)], &wide, sizeof wide);
             }
-            turnBlock<4>(block);
-            for (int n = 0; n < 4; ++n) {
-                std::array<Bytes, 1> lanes;
-                std::memcpy(&lanes[0], &block[static_cast<std::size_t>(n)], sizeof lanes);
+            turnBlock<width>(block);
+            for (int n = 0; n < width; ++n) {
+                Several<Elements, 1> wide;
+                std::memcpy(&wide[0], &block[static_cast<std::size_t>(n)], sizeof wide);
                 storeLanes(to.first + (i + n) * to.step + k * size,
-                           gather<blockBytes, NarrowPlaces, 0>(lanes, lanes[0]));
+                           gather<lanes, NarrowPlaces<width>, 0>(wide, wide[0]));
             }
         }
     }
@@ -127,7 +133,9 @@ void exchange(Rows to, ConstRows from, int rows, int length) {
     else if constexpr (size == 8)
         exchangeElements<std::uint64_t>(to, from, rows, length);
     else if constexpr (size == 3 && Target::template laneBytes<1> > 0)
-        exchangeTriples(to, from, rows, length);
+        exchangeTriples<std::uint8_t, std::uint32_t>(to, from, rows, length);
+    else if constexpr (size == 6 && Target::template laneBytes<2> > 0)
+        exchangeTriples<std::uint16_t, std::uint64_t>(to, from, rows, length);
     else
         exchangeUnits<size>(to, from, 0, rows, 0, length);
 }

@@ -3,9 +3,9 @@
 
 // Vectors of elements in registers, in the compilers' own notation, and fixed rearrangements of
 // them. The names are private to each source file, since the files are compiled for different
-// processors and must not share code.
+// processors and must not share code. Nor may they use the inline functions of the standard
+// library, which the linker takes from any of them.
 
-#include <array>
 #include <cstddef>
 #include <cstring>
 #include <utility>
@@ -15,6 +15,14 @@ namespace {
 template <class Element, int bytes>
 struct LanesOf {
     typedef Element Type __attribute__((vector_size(bytes)));
+};
+
+template <class Item, std::size_t count>
+struct Several {
+    Item items[count];
+
+    Item& operator[](std::size_t i) { return items[i]; }
+    const Item& operator[](std::size_t i) const { return items[i]; }
 };
 
 template <class Lanes>
@@ -55,7 +63,7 @@ Lanes merge(Lanes gathered, Lanes next, std::index_sequence<lane...>) {
 
 /// Vector `out` of a rearrangement of `in`, one more vector at each step.
 template <int width, class Places, int out, int step = 1, class Lanes, std::size_t count>
-Lanes gather(const std::array<Lanes, count>& in, Lanes gathered) {
+Lanes gather(const Several<Lanes, count>& in, Lanes gathered) {
     constexpr auto lanes = std::make_index_sequence<width>();
     if constexpr (count == 1)
         return merge<width, Places, out, step>(gathered, gathered, lanes);

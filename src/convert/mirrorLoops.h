@@ -41,7 +41,7 @@ void mirrorPixels(std::byte* to, const std::byte* from, std::ptrdiff_t count) {
         constexpr int width = bytes / static_cast<int>(sizeof(Element));
         using Places = MirrorPixelPlaces<channels, width>;
         for (; (count - done) * size >= bytes; done += Places::pixels) {
-            const std::array<Lanes, 1> in{loadLanes<Lanes>(from + (count - done) * size - bytes)};
+            const Several<Lanes, 1> in{loadLanes<Lanes>(from + (count - done) * size - bytes)};
             storeLanes(to + done * size, gather<width, Places, 0>(in, in[0]));
         }
     }
@@ -60,7 +60,7 @@ void mirrorChannels(std::byte* to, const std::byte* from, std::ptrdiff_t count) 
         constexpr int width = bytes / element;
         using Places = MirrorChannelPlaces<channels, width>;
         for (; (count - done) * size >= bytes; done += Places::pixels) {
-            const std::array<Lanes, 1> in{loadLanes<Lanes>(from + done * size)};
+            const Several<Lanes, 1> in{loadLanes<Lanes>(from + done * size)};
             storeLanes(to + done * size, gather<width, Places, 0>(in, in[0]));
         }
     }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <numeric>
 
 namespace zel::convert {
 
@@ -43,17 +44,32 @@ bool SquareChange::passesWhole() const {
     return passage.samePixels && change.to.slots <= unrolledChannels;
 }
 
-// A row of a piece takes some lines of the cache. It is one line where units have a power of two of
-// bytes: then so does a row of many images, and few such rows fit there together. Rows that change
-// type are better longer.
+// How many rows, one `step` bytes behind the other, the first cache holds at one place each: it has
+// few lines for each remainder of an address by 4096, and the rows of many images lie a multiple of
+// a large power of two apart.
+int rowsThatFit(std::ptrdiff_t step, int linesEach) {
+    const auto period = std::gcd(step, std::ptrdiff_t{4096});
+    return linesEach * static_cast<int>(4096 / period);
+}
+
 void SquareChange::setExtents() {
-    const auto unit = static_cast<unsigned>(passage.size * (passesWhole() ? change.to.slots : 1));
-    const unsigned rowBytes = std::has_single_bit(unit) ? 64 : 224;
+    const int unit = passage.size * (passesWhole() ? change.to.slots : 1);
+    // Units that are moved one by one come back to each row of the source more often.
+    const bool byVector =
+        std::has_single_bit(static_cast<unsigned>(unit)) || unit == 3 || unit == 6;
+    const int lines = byVector ? 8 : 4;
+    // With a change of type, one of the sides is a stage.
+    const bool meetsFrom = passage.road == nullptr || passage.moveFirst;
+    const bool meetsTo = passage.road == nullptr || !passage.moveFirst;
+    const int rows = std::min(meetsFrom ? rowsThatFit(change.from.x, lines) : 64,
+                              meetsTo ? rowsThatFit(change.to.y, lines) : 64);
     const bool staged = !passesWhole() || passage.road != nullptr;
-    const int limit = staged ? stageBytes / passage.pixelBytes() : 64 * 64;
-    width = height = std::clamp(static_cast<int>(std::bit_floor(rowBytes / unit)), 8, 64);
+    const int limit = staged ? stageBytes / passage.pixelBytes() : 2 * stageBytes / unit;
+    width = height =
+        static_cast<int>(std::bit_floor(static_cast<unsigned>(std::clamp(rows, 8, 64))));
     while (width * height > limit)
         width = height /= 2;
+    // Rows that change type are better longer.
     if (passage.road != nullptr && 2 * width * height <= limit)
         width *= 2;
 }
