@@ -85,7 +85,9 @@ int parseError(const CLI::App& app, const CLI::ParseError& error) {
         return finish(0, kFailed);
     }
     printMessage("", error.what());
-    printMessage("", "see zel --help");
+    const auto chosen = app.get_subcommands();
+    const std::string command = chosen.empty() ? "" : " " + chosen.front()->get_name();
+    printMessage("", "see zel" + command + " --help");
     return kMisused;
 }
 

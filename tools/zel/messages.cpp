@@ -1,5 +1,6 @@
 #include "messages.h"
 
+#include "imageName.h"
 #include "progress.h"
 
 #include <zel/zelError.h>
@@ -13,7 +14,7 @@ namespace zel::tool {
 namespace {
 
 struct Reports {
-    std::string currentName;
+    std::pair<std::string, std::string> current; ///< the name, and the path in the reports
     std::string errors;
     std::set<std::pair<std::string, std::string>> warned;
     std::vector<std::pair<std::string, std::string>>* held = nullptr;
@@ -49,6 +50,22 @@ std::string joinLines(std::string text) {
     return text;
 }
 
+/// Takes the path out of "PATH: text" and "word: PATH: text".
+std::string withoutPath(std::string text, const std::string& path) {
+    if (path.empty()) {
+        return text;
+    }
+    const std::string start = path + ": ";
+    for (size_t at = text.find(start); at != std::string::npos; at = text.find(start, at)) {
+        if (at == 0 || text.compare(at - 1, 1, " ") == 0) {
+            text.erase(at, start.size());
+        } else {
+            at += start.size();
+        }
+    }
+    return text;
+}
+
 void keepError(const std::string& text) {
     std::string& errors = reports().errors;
     if (!errors.empty()) {
@@ -62,15 +79,16 @@ void receive(void*, int flags, const char* fmt, va_list args) {
     if (severity == zelSevInfo) {
         return;
     }
-    const std::string text = joinLines(formatReport(fmt, args));
+    const auto& [name, path] = reports().current;
+    const std::string text = withoutPath(joinLines(formatReport(fmt, args)), path);
     if (severity != zelSevWarning) {
         keepError(text);
         return;
     }
     if (reports().held) {
-        reports().held->emplace_back(reports().currentName, text);
+        reports().held->emplace_back(name, text);
     } else {
-        printWarning(reports().currentName, text);
+        printWarning(name, text);
     }
 }
 
@@ -104,11 +122,13 @@ std::vector<std::pair<std::string, std::string>> HeldWarnings::take() {
     return std::exchange(warnings, {});
 }
 
-WorkingOn::WorkingOn(std::string name)
-    : former(std::exchange(reports().currentName, std::move(name))) {}
+WorkingOn::WorkingOn(std::string name, const std::string& path) {
+    std::string known = path.empty() ? splitImageName(name).file : path;
+    former = std::exchange(reports().current, {std::move(name), std::move(known)});
+}
 
 WorkingOn::~WorkingOn() {
-    reports().currentName = std::move(former);
+    reports().current = std::move(former);
 }
 
 void collectReports() {

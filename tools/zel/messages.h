@@ -23,16 +23,17 @@ struct UsageError {
 void printMessage(const std::string& name, const std::string& text);
 void printFailure(const Failure& failure);
 
-/// The name that the library's reports belong to while the object lives.
+/// The name that the library's reports belong to while the object lives. Reports call the file by
+/// its path, which is left out of them: `path`, or the one in the name.
 class WorkingOn {
 public:
-    explicit WorkingOn(std::string name);
+    explicit WorkingOn(std::string name, const std::string& path = {});
     ~WorkingOn();
     WorkingOn(const WorkingOn&) = delete;
     WorkingOn& operator=(const WorkingOn&) = delete;
 
 private:
-    std::string former;
+    std::pair<std::string, std::string> former;
 };
 
 /// Holds the library's warnings back while it lives, for an attempt that may be given up.

@@ -89,6 +89,7 @@ void changeTags(const Options& options) {
         }
     }
     SafeOutput safe(name.file, options.name);
+    const WorkingOn onCopy(options.name, safe.temporaryFile());
     std::error_code error;
     std::filesystem::copy_file(name.file, safe.temporaryFile(),
                                std::filesystem::copy_options::overwrite_existing, error);

@@ -132,7 +132,7 @@ private:
     }
 
     void writeBlock(const Tile& tile) {
-        const WorkingOn name(t.targetName);
+        const WorkingOn name(t.targetName, t.target.getFileName());
         // What needs no more than the library's own conversion is written as it was read.
         const bool plain = t.pipeline.isPlain();
         const std::byte* data = in.data();
