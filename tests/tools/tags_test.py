@@ -50,6 +50,10 @@ class Tags(ToolTest):
         before = self.read("a.tif")
         for status, words, text in ((1, ["a.tif", "--set", "Nothing=1"], "its tags are XRes"),
                                     (1, ["a.tif", "--set", "XResolution="], "does not take"),
+                                    (1, ["a.tif", "--set", "YResolution=5x"], "does not take"),
+                                    (1, ["a.tif", "--set", "PageNumber=1 2 3"], "2 values"),
+                                    (1, ["a.tif", "--set", "ResolutionUnit=mile"],
+                                     "the values are none, inch, centimeter"),
                                     (1, ["scene.ppm", "--set", "a=b"], "PNM has no tags"),
                                     (2, ["a.tif", "--set", "Artist"], "NAME=TEXT")):
             self.assertIn(text, self.zel("tags", *words, status=status).err)
@@ -66,6 +70,11 @@ class Tags(ToolTest):
         self.assertEqual(self.zel("convert", "a.tif", "b.ppm", "--strip").err, "")
         self.zel("convert", "a.tif", "b.tif", "--strip")
         self.assertNotIn("ImageDescription", self.tags("b.tif"))
+
+    def test_resolution_follows_rows_and_columns(self):
+        self.zel("tags", "a.tif", "--set", "XResolution=300", "--set", "YResolution=100")
+        self.zel("convert", "a.tif", "b.tif", "--orientation", "right-upper")
+        self.assertIn(b"Resolution: 100, 300 pixels/inch", command("tiffinfo", "b.tif"))
 
     def test_ranges_become_numbers_of_the_new_type(self):
         # A PGM says by its maxval which number is white.

@@ -19,6 +19,17 @@ using SetRange = zelStatus (zelFile::*)(double, double);
 const std::vector<std::string> kRangeTags{"MinSampleValue", "MaxSampleValue", "SMinSampleValue",
                                           "SMaxSampleValue"};
 
+// These are told along the rows and the columns of the file.
+const TagNames kAxisTags{{"XResolution", "YResolution"}, {"YResolution", "XResolution"}};
+
+/// Whether the rows of one file are the columns of the other.
+bool isTransposed(const zelFile& from, const zelFile& to) {
+    zelFlip flip{};
+    int transposed = 0;
+    zelMapFlipTrans(from.getOrientation(), flip, transposed, to.getOrientation());
+    return transposed != 0;
+}
+
 /// Whether all pixels of the source are taken, and all of each.
 bool isWhole(const SourceImage& source) {
     zelSize size;
@@ -85,7 +96,9 @@ std::vector<std::string> carryMetadata(const SourceImage& source, zelFile& targe
              "statistics");
     }
     note(carryProfile(source, target), "ICC profile");
-    for (const std::string& name : copyTags(source.file, target, kRangeTags)) {
+    const bool transposed = isTransposed(source.file, target);
+    for (const std::string& name :
+         copyTags(source.file, target, kRangeTags, transposed ? kAxisTags : TagNames{})) {
         lost.push_back("tag " + name);
     }
     return lost;

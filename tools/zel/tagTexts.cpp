@@ -1,12 +1,18 @@
 #include "tagTexts.h"
 
 #include "imageFile.h"
+#include "valueNames.h"
 
 #include <zel/zelFormat.h>
 
-#include <algorithm>
-#include <cstring>
 #include <strings.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <sstream>
 
 namespace zel::tool {
 namespace {
@@ -30,6 +36,21 @@ size_t elementSize(int type) {
     }
 }
 
+bool isEnumerated(int type) {
+    return type == zelTagShortEnum || type == zelTagIntEnum;
+}
+
+/// The names of an enumerated tag's values.
+std::vector<std::string> valueNames(const zelTagDescription& description) {
+    std::vector<std::string> names;
+    if (description.spec) {
+        for (const auto* e = static_cast<const zelEnumSpec*>(description.spec); e->name; ++e) {
+            names.emplace_back(e->name);
+        }
+    }
+    return names;
+}
+
 /// What the text of a tag may take. The library does not look at the room that it is given.
 size_t textRoom(const zelTag& tag, const zelTagDescription& description) {
     const auto count = static_cast<size_t>(tag.getCount());
@@ -41,10 +62,10 @@ size_t textRoom(const zelTag& tag, const zelTagDescription& description) {
             room += strings[i] ? std::strlen(strings[i]) : 0;
         }
     }
-    if ((type == zelTagShortEnum || type == zelTagIntEnum) && description.spec) {
+    if (isEnumerated(type)) {
         size_t longest = 0;
-        for (const auto* e = static_cast<const zelEnumSpec*>(description.spec); e->name; ++e) {
-            longest = std::max(longest, std::strlen(e->name));
+        for (const std::string& name : valueNames(description)) {
+            longest = std::max(longest, name.size());
         }
         room += count * longest;
     }
@@ -52,8 +73,7 @@ size_t textRoom(const zelTag& tag, const zelTagDescription& description) {
 }
 
 bool sameShape(const zelTagDescription& a, const zelTagDescription& b) {
-    const bool enumerated = (a.flags & 0xF0u) == static_cast<unsigned>(zelTagShortEnum) ||
-                            (a.flags & 0xF0u) == static_cast<unsigned>(zelTagIntEnum);
+    const bool enumerated = isEnumerated(static_cast<int>(a.flags & 0xF0u));
     return (a.flags & 0xFFu) == (b.flags & 0xFFu) && (!enumerated || a.spec == b.spec);
 }
 
@@ -75,6 +95,65 @@ zelStatus copyTag(const zelTag& value, const zelTagDescription& from, zelTagDesc
     }
     const zelStatus status = copy.decode(textOf(value, from).c_str());
     return status == zelOKAY ? copy.write(&to) : status;
+}
+
+bool abbreviates(const std::string& word, const char* full) {
+    return strncasecmp(word.c_str(), full, word.size()) == 0;
+}
+
+bool isNumber(const std::string& word, int type) {
+    char* end = nullptr;
+    errno = 0;
+    if (type == zelTagShort || type == zelTagInt || type == zelTagInt2) {
+        const long value = std::strtol(word.c_str(), &end, 0);
+        const bool isShort = type == zelTagShort;
+        const long low = isShort ? SHRT_MIN : INT_MIN;
+        const long high = isShort ? SHRT_MAX : INT_MAX;
+        return *end == '\0' && errno == 0 && value >= low && value <= high;
+    }
+    std::strtod(word.c_str(), &end);
+    return *end == '\0';
+}
+
+bool isElement(const std::string& word, int type, const zelTagDescription& description) {
+    if (isEnumerated(type)) {
+        const auto names = valueNames(description);
+        return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
+            return abbreviates(word, name.c_str());
+        });
+    }
+    if (type == zelTagBool) {
+        return abbreviates(word, "true") || abbreviates(word, "false") || isNumber(word, zelTagInt);
+    }
+    return isNumber(word, type);
+}
+
+/// Whether a text says what a tag is to hold, no more and no less. The library takes from a text
+/// what it can, and leaves or makes 0 of the rest.
+bool isWellFormed(std::string text, const zelTag& tag, const zelTagDescription& description) {
+    if (tag.getType() == zelTagString) {
+        return true;
+    }
+    std::replace(text.begin(), text.end(), ',', ' ');
+    std::istringstream words(text);
+    int count = 0;
+    for (std::string word; words >> word; ++count) {
+        if (!isElement(word, tag.getType(), description)) {
+            return false;
+        }
+    }
+    return count == tag.getCount();
+}
+
+std::string wantedText(const zelTag& tag, const zelTagDescription& description) {
+    std::string text = description.description;
+    if (tag.getCount() > 1) {
+        text += "; " + std::to_string(tag.getCount()) + " values are wanted";
+    }
+    if (isEnumerated(tag.getType())) {
+        text += "; the values are " + joinWords(valueNames(description));
+    }
+    return text;
 }
 
 } // namespace
@@ -107,17 +186,28 @@ std::vector<TagText> readTags(zelFile& file) {
 
 void writeTag(zelFile& file, const std::string& name, zelTagDescription& description,
               const std::string& text) {
+    const auto refuse = [&](const std::string& reason) {
+        throw Failure{name, std::string("tag ") + description.name + " does not take \"" + text +
+                                "\": " + reason};
+    };
     zelTag tag(&description);
     const bool removes = text.empty() && tag.getType() == zelTagString;
-    if (!removes && tag.decode(text.c_str()) != zelOKAY) {
-        throw Failure{name, std::string("tag ") + description.name + " does not take \"" + text +
-                                "\": " + description.description};
+    if (!isWellFormed(text, tag, description) ||
+        (!removes && tag.decode(text.c_str()) != zelOKAY)) {
+        refuse(wantedText(tag, description));
     }
-    require(name, tag.write(&file));
+    const zelStatus status = tag.write(&file);
+    if (status == zelUNSUPPORTEDBYFORMAT || status == zelREADONLY) {
+        throw Failure{name, std::string("format ") + file.getFormat()->getName() +
+                                " cannot change the tags of a file in place"};
+    }
+    if (status != zelOKAY) {
+        refuse(failureOf(name, status).reason);
+    }
 }
 
 std::vector<std::string> copyTags(zelFile& from, zelFile& to,
-                                  const std::vector<std::string>& except) {
+                                  const std::vector<std::string>& except, const TagNames& renamed) {
     std::vector<std::string> lost;
     for (zelTagDescription& description : tagDescriptions(from)) {
         zelTag tag(&description);
@@ -125,7 +215,9 @@ std::vector<std::string> copyTags(zelFile& from, zelFile& to,
             tag.getCount() == 0 || tag.read(&from) != zelOKAY) {
             continue;
         }
-        zelTagDescription* const target = findTag(to, description.name);
+        const auto other = renamed.find(description.name);
+        zelTagDescription* const target =
+            findTag(to, other == renamed.end() ? description.name : other->second);
         if (!target || copyTag(tag, description, *target, to) != zelOKAY) {
             lost.emplace_back(description.name);
         }

@@ -4,6 +4,7 @@
 #include <zel/zelFile.h>
 #include <zel/zelTag.h>
 
+#include <map>
 #include <span>
 #include <string>
 #include <vector>
@@ -28,10 +29,13 @@ std::vector<TagText> readTags(zelFile& file);
 void writeTag(zelFile& file, const std::string& name, zelTagDescription& tag,
               const std::string& text);
 
-/// Copies the tags that both formats have by name, but for those named in `except`. The result
-/// names those that could not be copied.
+/// New names by old ones.
+using TagNames = std::map<std::string, std::string>;
+
+/// Copies the tags that both formats have by name, but for those named in `except`; those in
+/// `renamed` take another name. The result names those that could not be copied.
 std::vector<std::string> copyTags(zelFile& from, zelFile& to,
-                                  const std::vector<std::string>& except);
+                                  const std::vector<std::string>& except, const TagNames& renamed);
 
 } // namespace zel::tool
 
