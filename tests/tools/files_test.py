@@ -111,6 +111,8 @@ class Messages(ToolTest):
              "PNM cannot store order separate; it can store interleaved"),
             (1, ["convert", "a.ppm", "b.ppm", "--compression", "lzw"],
              "PNM cannot store compression Lempel-Ziv & Welch; it can store none"),
+            (1, ["convert", "a.ppm", "b.tif", "--compression", "fax4"],
+             "colour model RGB and compression CCITT Group 4 together\n"),
             (1, ["convert", "a.ppm", "b.ppm", "--orientation", "right-upper"],
              "PNM cannot store orientation right-upper; it can store upper-left, lower-left"),
             (1, ["convert", "a.ppm", "b.tif", "--page", "17x17"], "TIFF cannot store pages of 17x17"),

@@ -8,7 +8,7 @@
 #include "transfer.h"
 #include "valueNames.h"
 
-#include <set>
+#include <algorithm>
 
 namespace zel::tool {
 namespace {
@@ -20,21 +20,31 @@ public:
         : name(splitImageName(fullName)), shownName(fullName), options(opts),
           format(findOutputFormat(name, opts.format)), safe(name.file, fullName) {}
 
+    ~Output() {
+        const WorkingOn working(shownName, safe.temporaryFile());
+        file.reset();
+    }
+    Output(const Output&) = delete;
+    Output& operator=(const Output&) = delete;
+
     void add(zelFile& sourceFile, const std::string& sourceName) {
-        const WorkingOn working(shownName);
+        const WorkingOn working(shownName, safe.temporaryFile());
         const SourceImage source = describeSource(sourceFile, sourceName, options);
-        makeImage(source, options, format, shownName,
-                  [&](zelFileConfig& config) { return file ? append(config) : create(config); });
+        if (file) {
+            append(source);
+        } else {
+            makeImage(source, options, format, shownName,
+                      [&](zelFileConfig& config) { return create(config); });
+        }
         carryPalette(source);
         fill(source);
     }
 
     void commit() {
+        const WorkingOn working(shownName, safe.temporaryFile());
         require(shownName, file.release()->close(0));
         safe.commit();
-        for (const std::string& note : notes) {
-            printMessage(shownName, note);
-        }
+        printNotes();
     }
 
 private:
@@ -45,15 +55,40 @@ private:
         zelStatus status = zelOKAY;
         file.reset(
             zelFile::create(joinImageName(temporary).c_str(), nullptr, &config, &format, &status));
-        return status;
+        if (status != zelOKAY || hasCompressionAskedFor()) {
+            first = config;
+            return status;
+        }
+        const bool mayExpand = config.getColorModel() == zelRGBPalette && !options.model;
+        if (!mayExpand) {
+            throw Failure{shownName, refusalText(format, config)};
+        }
+        file.reset();
+        return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
     }
 
-    zelStatus append(zelFileConfig& config) {
-        const zelStatus status = file->appendImg(nullptr, &config);
-        if (status == zelUNSUPPORTEDBYFILE) {
-            throw Failure{shownName, "this file cannot hold more than one image"};
+    void append(const SourceImage& source) {
+        try {
+            makeImage(source, options, format, shownName, [&](zelFileConfig& config) {
+                const zelStatus status = file->appendImg(nullptr, &config);
+                if (status == zelOKAY && !hasCompressionAskedFor()) {
+                    throw Failure{shownName, refusalText(format, config)};
+                }
+                return status;
+            });
+        } catch (const Failure&) {
+            // The file is lost anyway: does it refuse this image, or even its first one again?
+            const zelStatus status = file->appendImg(nullptr, &first);
+            if (status == zelUNSUPPORTEDBYFORMAT || status == zelUNSUPPORTEDBYFILE) {
+                throw Failure{shownName, "this file cannot hold more than one image"};
+            }
+            throw;
         }
-        return status;
+    }
+
+    /// A format may take another compression for one that does not suit the pixels.
+    bool hasCompressionAskedFor() const {
+        return !options.compression || file->getCompression() == *options.compression;
     }
 
     void carryPalette(const SourceImage& source) {
@@ -79,9 +114,10 @@ private:
         PixelPipeline pipeline(source.layout, out, options.pixels,
                                expands ? source.palette : std::nullopt);
         if (!options.strip) {
-            const auto lost = carryMetadata(source, *file, pipeline.values());
-            if (!lost.empty()) {
-                notes.insert("not carried: " + joinWords(lost));
+            for (const std::string& what : carryMetadata(source, *file, pipeline.values())) {
+                if (std::find(lost.begin(), lost.end(), what) == lost.end()) {
+                    lost.push_back(what);
+                }
             }
         }
         Progress progress(shownName, static_cast<double>(source.region.nx) * source.region.ny *
@@ -89,7 +125,9 @@ private:
         transferPixels({source.file, source.name, *file, shownName, viewOf(source), source.region.z,
                         source.region.nz, source.channels, source.layout, out, pipeline,
                         safe.folder(), progress});
-        noteChanges(source, out, pipeline);
+        dropsAlpha = dropsAlpha || (zelColorModelHasAlpha(source.layout.model) &&
+                                    !zelColorModelHasAlpha(out.model));
+        noteValues(pipeline.values());
     }
 
     zelColorModel modelFor(const SourceImage& source) const {
@@ -98,14 +136,31 @@ private:
         return ColorConverter::isPossible(source.layout.model, model) ? model : source.layout.model;
     }
 
-    void noteChanges(const SourceImage& source, const PixelLayout& out,
-                     const PixelPipeline& pipeline) {
-        if (zelColorModelHasAlpha(source.layout.model) && !zelColorModelHasAlpha(out.model)) {
-            notes.insert("alpha was dropped");
+    /// Images of the same types share a note.
+    void noteValues(const ValueMap& map) {
+        for (ValueMap& other : valueMaps) {
+            if (other.join(map)) {
+                return;
+            }
         }
-        const std::string summary = pipeline.values().summary();
-        if (!summary.empty()) {
-            notes.insert(summary);
+        valueMaps.push_back(map);
+    }
+
+    void printNotes() const {
+        std::vector<std::string> notes;
+        if (dropsAlpha) {
+            notes.emplace_back("alpha was dropped");
+        }
+        if (!lost.empty()) {
+            notes.push_back("not carried: " + joinWords(lost));
+        }
+        for (const ValueMap& map : valueMaps) {
+            notes.push_back(map.summary());
+        }
+        for (const std::string& note : notes) {
+            if (!note.empty()) {
+                printMessage(shownName, note);
+            }
         }
     }
 
@@ -115,7 +170,10 @@ private:
     zelFormat& format;
     SafeOutput safe;
     ImageFile file;
-    std::set<std::string> notes;
+    zelFileConfig first; ///< of the file's first image
+    bool dropsAlpha = false;
+    std::vector<std::string> lost; ///< what could not be carried
+    std::vector<ValueMap> valueMaps;
 };
 
 void checkNames(const ImageName& in, const ImageName& out, const ConvertOptions& options) {

@@ -73,6 +73,14 @@ void ValueMap::apply(std::span<double> values) {
     }
 }
 
+bool ValueMap::join(const ValueMap& other) {
+    const bool same = fromType == other.fromType && toType == other.toType &&
+                      active == other.active && input.low == other.input.low &&
+                      input.high == other.input.high;
+    outside += same ? other.outside : 0;
+    return same;
+}
+
 std::string ValueMap::summary() const {
     std::string text;
     if (active && mode == ValueMode::scale) {
@@ -81,7 +89,8 @@ std::string ValueMap::summary() const {
     }
     if (outside > 0) {
         text += text.empty() ? "" : "; ";
-        text += std::to_string(outside) + " values clamped to " + rangeText(typeRange(toType));
+        text += std::to_string(outside) + (outside == 1 ? " value" : " values") + " clamped to " +
+                rangeText(typeRange(toType));
     }
     return text;
 }

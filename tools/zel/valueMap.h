@@ -45,6 +45,9 @@ public:
     /// The input numbers that stand for black and white.
     ValueRange inputRange() const { return input; }
 
+    /// Takes over the counts of a map between the same numbers; false if the other is none.
+    bool join(const ValueMap& other);
+
     /// What was done, for the user; empty if nothing was.
     std::string summary() const;
 
