@@ -182,8 +182,8 @@ int checkDatabase(const std::string& file, const std::vector<std::string>& sampl
         reportSample(sample, entries);
     }
     sound = reportPlugins(entries) && sound;
-    std::cout << entries.size() << " formats; " << zelFormatDB::getMaxNeeded()
-              << " bytes of a file are read to recognise it\n";
+    std::cout << entries.size() << (entries.size() == 1 ? " format; " : " formats; ")
+              << zelFormatDB::getMaxNeeded() << " bytes of a file are read to recognise it\n";
     return sound ? 0 : 1;
 }
 

@@ -29,6 +29,8 @@ struct Color {
     double green;
     double blue;
     double alpha;
+
+    bool operator==(const Color&) const = default;
 };
 
 /// The colours of a palette image's indexes.

@@ -1,6 +1,7 @@
 #include "imageComparison.h"
 
 #include "blockPlan.h"
+#include "colorConverter.h"
 #include "imageFile.h"
 #include "progress.h"
 #include "valueMap.h"
@@ -37,7 +38,21 @@ CommonModel commonModel(const zelFile& file) {
 
 std::string sizeText(const zelSize& size) {
     return std::to_string(size.x) + "x" + std::to_string(size.y) + "x" + std::to_string(size.z) +
-           " with " + std::to_string(size.c) + " channels";
+           " with " + std::to_string(size.c) + (size.c == 1 ? " channel" : " channels");
+}
+
+/// A file may fill its table up with colours that no pixel has, so that only the common entries
+/// count.
+bool sameColors(const zelColormap& a, const zelColormap& b) {
+    const Palette colorsOfA(a);
+    const Palette colorsOfB(b);
+    for (int i = 0; i < std::min(a.getLength(), b.getLength()); ++i) {
+        const double index = a.getDomainMin() + i;
+        if (colorsOfA.color(index) != colorsOfB.color(index)) {
+            return false;
+        }
+    }
+    return colorsOfA.colorType() == colorsOfB.colorType();
 }
 
 bool sameColormaps(zelFile& a, zelFile& b) {
@@ -45,7 +60,7 @@ bool sameColormaps(zelFile& a, zelFile& b) {
     const zelColormap* mapB = nullptr;
     const bool haveA = a.getColormap(mapA) == zelOKAY && mapA;
     const bool haveB = b.getColormap(mapB) == zelOKAY && mapB;
-    return haveA == haveB && (!haveA || !mapA->isDiff(*mapB));
+    return haveA == haveB && (!haveA || sameColors(*mapA, *mapB));
 }
 
 std::optional<std::string> findMismatch(zelFile& a, zelFile& b) {
