@@ -30,6 +30,7 @@ constexpr zelkit::Capabilities jp2Capabilities = {
 // The samples of a tile, in the codec's form of four bytes, are in memory while it is written.
 constexpr std::int64_t preferredTileSamples = 4 << 20;
 constexpr int leastTileRows = 128;
+constexpr int lowestTile = 64;
 
 class Jp2Format final : public zelkit::TableFormat {
 public:
@@ -38,6 +39,12 @@ public:
     // None of the compressions that have names is that of the format.
     int compressionIsSupported(zelCompression compression) override {
         return compression == zelUnknownCompression;
+    }
+    // A page becomes a tile, and low tiles are compressed badly. Sources with low bands are many.
+    int pageSizeIsSupported(int x, int y, int z, int c, int pageX, int pageY, int pageZ, int pageC,
+                            zelOrientation at) override {
+        return pageY >= std::min(y, lowestTile) &&
+               TableFormat::pageSizeIsSupported(x, y, z, c, pageX, pageY, pageZ, pageC, at);
     }
     void getPreferredPageSize(int x, int y, int /*z*/, int c, int& pageX, int& pageY, int& pageZ,
                               int& pageC, zelOrientation) override {

@@ -103,7 +103,7 @@ std::vector<zelColorModel> modelChoices(const SourceImage& source, const Convert
     return choices.empty() ? std::vector{own} : choices;
 }
 
-/// The element types to try: 0 leaves the choice to the library.
+/// The element types to try, the best first: 0 leaves the choice to the library.
 std::vector<zelDataType> typeChoices(zelDataType base, const ConvertOptions& options,
                                      zelFormat& format) {
     if (options.type) {
@@ -111,21 +111,35 @@ std::vector<zelDataType> typeChoices(zelDataType base, const ConvertOptions& opt
     }
     const auto types = allDataTypes();
     const auto own = std::find(types.begin(), types.end(), base);
-    std::vector<zelDataType> choices{format.typeIsSupported(base) ? base : zelDataType{}};
+    std::vector<zelDataType> choices;
     const auto addSupported = [&](zelDataType type) {
         if (format.typeIsSupported(type)) {
             addOnce(choices, type);
         }
     };
+    // Reals run from 0 to 1, so that types without sign hold them best.
+    const bool wantsSign = zelDataIsIntegral(base) && zelDataIsSigned(base);
     const auto sameSign = [&](zelDataType type) {
-        return !zelDataIsIntegral(type) || !zelDataIsSigned(type) == !zelDataIsSigned(base);
+        return !zelDataIsIntegral(type) || !zelDataIsSigned(type) == !wantsSign;
     };
+    addSupported(base);
+    // Programs expect reals in a format that is made for them.
+    const zelDataType preferred = format.getPreferredType();
+    if (zelDataIsIntegral(base) && preferred && !zelDataIsIntegral(preferred)) {
+        addSupported(preferred);
+    }
     // Wider types lose nothing. Of the others the widest loses least.
     for (auto type = own; type != types.end(); ++type) {
         if (sameSign(*type)) {
             addSupported(*type);
         }
     }
+    for (auto type = own; type != types.begin();) {
+        if (sameSign(*--type)) {
+            addSupported(*type);
+        }
+    }
+    choices.push_back(zelDataType{});
     for (auto type = own; type != types.begin();) {
         addSupported(*--type);
     }
