@@ -92,7 +92,7 @@ zelStatus readLine(zelkit::ByteReader& reader, std::string& line) {
 void multiplyColorCorrection(zelkit::Fields& fields, std::string_view value) {
     std::array<double, 3> factors = {1, 1, 1};
     const std::string* const before = fields.text(colorCorrectionTag);
-    for (const std::string_view line : {std::string_view(before ? *before : "1 1 1"), value}) {
+    for (const std::string_view line : {before ? std::string_view(*before) : "1 1 1", value}) {
         const std::vector<std::string_view> words = wordsOf(line);
         for (std::size_t i = 0; i < factors.size() && i < words.size(); i++)
             factors[i] *= parse<double>(words[i]).value_or(1);
