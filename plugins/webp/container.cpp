@@ -46,8 +46,8 @@ zelStatus Container::readBytes(int fd) {
     if (std::memcmp(head.data(), "RIFF", 4) != 0 || std::memcmp(head.data() + 8, "WEBP", 4) != 0)
         return zelStatusEncode(zelCORRUPTED);
     std::int64_t bytes = 8;
-    for (int i = 0; i < 4; i++)
-        bytes += std::int64_t{head[static_cast<std::size_t>(4 + i)]} << 8 * i;
+    for (std::size_t i = 0; i < 4; i++)
+        bytes += std::int64_t{head[4 + i]} << 8 * i;
     if (bytes > length)
         return zelStatusEncode(zelPREMATUREEOF);
     if (!bytes_.allocate(static_cast<std::size_t>(bytes)))
