@@ -13,7 +13,10 @@ namespace zelgif {
 namespace {
 
 // 64 Mi pixels, which take 256 MiB.
-constexpr std::int64_t mostPixels = std::int64_t{64} << 20;
+constexpr std::int64_t largestCanvas = std::int64_t{64} << 20;
+// A larger canvas has to be one that the frames fill to some part.
+constexpr std::int64_t smallCanvas = std::int64_t{4} << 20;
+constexpr std::int64_t leastPart = 64;
 
 zelStatus noMemory() {
     return zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
@@ -30,7 +33,10 @@ Canvas::Box Canvas::boxOf(const Frame& frame) const {
 
 zelStatus Canvas::makePixels() {
     const std::int64_t pixels = std::int64_t{contents_.width} * contents_.height;
-    if (pixels > mostPixels)
+    std::int64_t drawn = 0;
+    for (const Frame& frame : contents_.frames)
+        drawn += std::min(std::int64_t{frame.width} * frame.height, mostPixels(frame.dataBytes));
+    if (pixels > largestCanvas || (pixels > smallCanvas && pixels / leastPart > drawn))
         return zelStatusEncode(zelUNSUPPORTEDBYFILE);
     const auto bytes = static_cast<std::size_t>(pixels) * 4;
     if (pixels_.size() == bytes) {

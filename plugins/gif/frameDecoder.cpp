@@ -4,18 +4,13 @@
 
 namespace zelgif {
 
-namespace {
-
-// A code has 2 bits at least, and stands for no more pixels than codes came before it or 4096.
-bool mayHold(std::int64_t dataBytes, std::int64_t pixels) {
-    const std::int64_t codes = dataBytes * 4;
-    return pixels / std::clamp<std::int64_t>(codes, 1, 4096) <= codes;
+std::int64_t mostPixels(std::int64_t dataBytes) {
+    const std::int64_t codes = std::min(dataBytes, std::int64_t{1} << 40) * 4;
+    return codes * std::min<std::int64_t>(codes, 4096);
 }
 
-} // namespace
-
 zelStatus FrameDecoder::open(const Frame& frame) {
-    if (!mayHold(frame.dataBytes, std::int64_t{frame.width} * frame.height))
+    if (std::int64_t{frame.width} * frame.height > mostPixels(frame.dataBytes))
         return zelStatusEncode(zelPREMATUREEOF);
     zelStatus status = zelOKAY;
     gif_ = input_.open(status);

@@ -9,6 +9,10 @@
 
 namespace zelgif {
 
+/// The pixels that compressed data of this length can stand for: a code has 2 bits at least, and
+/// stands for no more pixels than codes came before it or 4096.
+std::int64_t mostPixels(std::int64_t dataBytes);
+
 /// Decodes the rows of one frame once, in the order in which they are stored.
 class FrameDecoder {
 public:

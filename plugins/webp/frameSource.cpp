@@ -53,7 +53,7 @@ public:
         const int slab = y / slabRows_;
         const zelStatus status = slab == held_ ? zelOKAY : decode(slab);
         if (status == zelOKAY)
-            std::memcpy(row, slab_.data() + rowBytes_ * static_cast<std::size_t>(y - firstRow_),
+            std::memcpy(row, slab_.get() + rowBytes_ * static_cast<std::size_t>(y - firstRow_),
                         rowBytes_);
         return status;
     }
@@ -65,14 +65,19 @@ private:
         const int rows =
             std::min((slab + 1) * slabRows_ + marginRows, container_.height) - firstRow_;
         const std::size_t bytes = rowBytes_ * static_cast<std::size_t>(rows);
-        if (slab_.size() < bytes && !slab_.allocate(bytes))
-            return noMemory();
+        if (bytes > slabCapacity_) {
+            // libwebp fills it, so that clearing it first would be time lost.
+            slab_.reset(new (std::nothrow) std::uint8_t[bytes]);
+            slabCapacity_ = slab_ ? bytes : 0;
+            if (!slab_)
+                return noMemory();
+        }
         WebPDecoderConfig config;
         if (WebPInitDecoderConfig(&config) == 0)
             return zelStatusEncode(zelSYSTEM_CONFIGURATION_ERROR);
         config.output.colorspace = container_.hasAlpha ? MODE_RGBA : MODE_RGB;
         config.output.is_external_memory = 1;
-        config.output.u.RGBA = {slab_.data(), static_cast<int>(rowBytes_), slab_.size()};
+        config.output.u.RGBA = {slab_.get(), static_cast<int>(rowBytes_), slabCapacity_};
         if (rows < container_.height) {
             config.options.use_cropping = 1;
             config.options.crop_top = firstRow_;
@@ -90,7 +95,8 @@ private:
     const Container& container_;
     std::size_t rowBytes_;
     int slabRows_;
-    zelkit::Buffer slab_;
+    std::unique_ptr<std::uint8_t[]> slab_;
+    std::size_t slabCapacity_ = 0;
     int firstRow_ = 0; ///< of the image, in `slab_`
     int held_ = -1;    ///< the slab in `slab_`; -1: none
 };
