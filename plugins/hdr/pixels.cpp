@@ -20,6 +20,10 @@ std::array<float, 256> makeScales() {
     return scales;
 }
 
+double powerOfTwo(int exponent) {
+    return std::ldexp(1.0, exponent);
+}
+
 void encodePixel(const float* elements, std::uint8_t* stored) {
     double largest = 0;
     std::array<double, 3> values{};
@@ -31,15 +35,18 @@ void encodePixel(const float* elements, std::uint8_t* stored) {
     int exponent = 0;
     std::frexp(largest, &exponent);
     exponent += bias - 8; // the largest mantissa is 128 or more
-    if (std::nearbyint(std::ldexp(largest, bias - exponent)) > 255)
-        exponent++;
-    const bool isBlack = largest == 0 || exponent < 1;
-    exponent = std::min(exponent, highestExponent);
-    for (std::size_t c = 0; c < values.size(); c++) {
-        const double mantissa = std::nearbyint(std::ldexp(values[c], bias - exponent));
-        stored[c] = static_cast<std::uint8_t>(isBlack ? 0 : std::min(mantissa, 255.0));
+    double factor = powerOfTwo(bias - exponent);
+    if (largest * factor + 0.5 >= 256 || exponent > highestExponent) {
+        exponent = std::min(exponent + 1, highestExponent);
+        factor = powerOfTwo(bias - exponent);
     }
-    stored[3] = static_cast<std::uint8_t>(isBlack ? 0 : exponent);
+    if (largest == 0 || exponent < 1) {
+        std::fill_n(stored, 4, std::uint8_t{0});
+        return;
+    }
+    for (std::size_t c = 0; c < values.size(); c++)
+        stored[c] = static_cast<std::uint8_t>(std::min(values[c] * factor + 0.5, 255.0));
+    stored[3] = static_cast<std::uint8_t>(exponent);
 }
 
 } // namespace
