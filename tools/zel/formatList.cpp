@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 #include <filesystem>
 
@@ -41,6 +42,29 @@ std::string extents(const zelSize& size) {
 
 std::string channelCount(const zelSize& size) {
     return std::to_string(size.c) + (size.c == 1 ? " channel" : " channels");
+}
+
+/// Page sizes near the one that a format refuses: the next of multiples of 16, which suit many
+/// formats, and the one that the format prefers.
+std::string pagesNear(zelFormat& format, const zelFileConfig& config) {
+    const zelSize& size = config.getDimensions();
+    const zelSize& wish = config.getPageDimensions();
+    const zelOrientation orientation = config.getOrientation();
+    const auto roundedUp = [](int extent) {
+        return extent > INT_MAX - 15 ? extent : (extent + 15) / 16 * 16;
+    };
+    zelSize preferred(0, 0, 0, 0);
+    format.getPreferredPageSize(size.x, size.y, size.z, size.c, preferred.x, preferred.y,
+                                preferred.z, preferred.c, orientation);
+    std::vector<std::string> pages;
+    for (const zelSize& page :
+         {zelSize(roundedUp(wish.x), roundedUp(wish.y), wish.z, wish.c), preferred}) {
+        if (format.pageSizeIsSupported(size.x, size.y, size.z, size.c, page.x, page.y, page.z,
+                                       page.c, orientation)) {
+            pages.push_back(extents(page));
+        }
+    }
+    return pages.empty() ? "" : "; it can store pages of " + joinWords(pages);
 }
 
 /// The file that the library loads for a plug-in's name in the database.
@@ -163,7 +187,8 @@ std::string refusalText(zelFormat& format, const zelFileConfig& config) {
     }
     if (!format.pageSizeIsSupported(size.x, size.y, size.z, size.c, page.x, page.y, page.z, page.c,
                                     orientation)) {
-        return start + "pages of " + extents(page) + " with " + channelCount(page);
+        return start + "pages of " + extents(page) + " with " + channelCount(page) +
+               pagesNear(format, config);
     }
     if (!format.orientationIsSupported(orientation)) {
         return start + "orientation " + zelOrientationName(orientation) + "; it can store " +
