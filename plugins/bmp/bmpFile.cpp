@@ -1,11 +1,13 @@
 #include "bmpFile.h"
 
+#include "kit/exif.h"
 #include "kit/palette.h"
 
 #include <zel/zelTypeNames.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 
 namespace zelbmp {
 
@@ -42,7 +44,19 @@ char* BmpFile::getDefaultDescription() const {
     return text;
 }
 
+std::span<const zelTagDescription> BmpFile::tagDescriptions() const {
+    return zelkit::resolutionTagDescriptions();
+}
+
 // Reading
+
+void BmpFile::showResolution() {
+    if (header_.xPerMeter <= 0 || header_.yPerMeter <= 0)
+        return;
+    fields.set(zelkit::exifXResolution, header_.xPerMeter / 100.0);
+    fields.set(zelkit::exifYResolution, header_.yPerMeter / 100.0);
+    fields.set(zelkit::exifResolutionUnit, double{zelkit::resolutionPerCentimeter});
+}
 
 zelStatus BmpFile::openFile() {
     readArguments({});
@@ -56,6 +70,7 @@ zelStatus BmpFile::openFile() {
     dtype = header_.bits == 1 ? zelBit : zelUChar;
     order = zelInterleaved;
     orientation = header_.topDown ? zelUpperLeftOrigin : zelLowerLeftOrigin;
+    showResolution();
     compression = header_.runLengths ? zelUnknownCompression : zelNoCompression;
     if (cm == zelRGBPalette) {
         palette = zelkit::makePalette(header_.colors, 3);
@@ -151,7 +166,24 @@ zelStatus BmpFile::createFile() {
     return status == zelOKAY ? beginWriting() : status;
 }
 
+void BmpFile::storeResolution() {
+    const auto unit =
+        std::lround(fields.numberOr(zelkit::exifResolutionUnit, zelkit::resolutionPerInch));
+    const double x = fields.numberOr(zelkit::exifXResolution, 0);
+    const double y = fields.numberOr(zelkit::exifYResolution, x);
+    const auto perMeter = [unit](double number) {
+        const double factor = unit == zelkit::resolutionPerInch         ? 1 / 0.0254
+                              : unit == zelkit::resolutionPerCentimeter ? 100
+                                                                        : 0;
+        // Not a number counts as 0.
+        return static_cast<int>(number > 0 ? std::min(number * factor + 0.5, 2147483647.0) : 0);
+    };
+    header_.xPerMeter = perMeter(x);
+    header_.yPerMeter = perMeter(y);
+}
+
 zelStatus BmpFile::startEncoding() {
+    storeResolution();
     if (palette)
         for (std::size_t i = 0; i < header_.colors.size(); i++)
             header_.colors[i] =

@@ -33,8 +33,12 @@ protected:
     zelStatus encodeRows(const std::uint8_t* rows, int count) override;
     zelStatus finishEncoding() override;
 
+    std::span<const zelTagDescription> tagDescriptions() const override;
+
 private:
     bool describeNewFile();
+    void showResolution();
+    void storeResolution();
     void decodeRow(const std::uint8_t* stored, std::uint8_t* elements) const;
 
     Header header_;

@@ -1,5 +1,6 @@
 #include "bmpFile.h"
 
+#include "kit/exif.h"
 #include "kit/tableFormat.h"
 
 #include <cerrno>
@@ -36,6 +37,11 @@ protected:
         if (!file)
             errno = ENOMEM;
         return file;
+    }
+    zelTagDescription* _getTagDescriptions(int& count) override {
+        static auto tags = zelkit::joinTags({zelkit::resolutionTagDescriptions()});
+        count = static_cast<int>(tags.size());
+        return tags.data();
     }
 };
 

@@ -21,6 +21,8 @@ struct Header {
     zelkit::PackedPixels::Masks masks{}; ///< of pixels of 16 bits and more
     std::vector<std::uint8_t> colors;    ///< red, green, blue of 2^bits indexes; else empty
     std::int64_t dataOffset = 0;
+    int xPerMeter = 0; ///< pixels; 0: not stated
+    int yPerMeter = 0;
 
     /// Of a row that is stored without run lengths.
     std::int64_t rowBytes() const;

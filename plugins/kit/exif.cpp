@@ -313,4 +313,11 @@ std::span<const zelTagDescription> exifTagDescriptions() {
     return descriptions;
 }
 
+std::span<const zelTagDescription> resolutionTagDescriptions() {
+    // The three stand together.
+    const auto first =
+        std::ranges::find(descriptions, int{exifXResolution}, &zelTagDescription::tag);
+    return {first, 3};
+}
+
 } // namespace zelkit

@@ -44,6 +44,9 @@ zelOrientation orientationOf(const Fields& fields);
 /// The tags that EXIF holds but for the orientation, which is an attribute of the file.
 std::span<const zelTagDescription> exifTagDescriptions();
 
+/// Those of them that tell the resolution.
+std::span<const zelTagDescription> resolutionTagDescriptions();
+
 } // namespace zelkit
 
 #endif

@@ -85,6 +85,26 @@ TEST_F(Bmp, WritesFilesThatOthersRead) {
     EXPECT_EQ(colors("y.pam"), colors("rgba.bmp"));
 }
 
+TEST_F(Bmp, TellsTheResolution) {
+    const zelSize size(2, 2, 1, 3);
+    zelFile* file = create("a.bmp", zelFileConfig(&size, zelUChar, zelInterleaved, zelRGB));
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(file->setTag(282, 300.0), zelOKAY);
+    EXPECT_EQ(file->setTag(283, 150.0), zelOKAY);
+    EXPECT_EQ(file->close(0), zelOKAY);
+    // 300 to the inch are 11811.02 to the metre.
+    const std::string seen =
+        output("identify-im6.q16 -units PixelsPerCentimeter -format '%x %y' a.bmp");
+    EXPECT_NEAR(std::stod(seen), 118.11, 1e-9);
+    EXPECT_NEAR(std::stod(seen.substr(seen.find(' '))), 59.06, 1e-9);
+    file = open("a.bmp");
+    ASSERT_NE(file, nullptr);
+    float x = 0;
+    EXPECT_EQ(file->getTag(282, &x), zelOKAY);
+    EXPECT_EQ(x, 118.11F);
+    EXPECT_EQ(file->close(0), zelOKAY);
+}
+
 std::string number(unsigned value, int bytes) {
     std::string text;
     for (int i = 0; i < bytes; i++)
