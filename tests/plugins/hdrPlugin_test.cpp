@@ -143,7 +143,8 @@ TEST_F(Hdr, AgreesWithAnotherProgram) {
     createFrom("b.hdr", first, zelRGB, zelInterleaved, zelNoCompression);
     EXPECT_TRUE(read("b.hdr") == first) << "the same program wrote it";
     for (const std::string name : {"a", "b"}) {
-        run("convert-im6.q16 " + name + ".hdr -set colorspace sRGB -depth 16 -endian MSB rgb:raw && (echo P6 " +
+        run("convert-im6.q16 " + name +
+            ".hdr -set colorspace sRGB -depth 16 -endian MSB rgb:raw && (echo P6 " +
             std::to_string(first.width) + " " + std::to_string(first.height) +
             " 65535; cat raw) >" + name + ".ppm");
         const Numbers mine = numbers(first), other = numbers(read(name + ".ppm"));
