@@ -154,13 +154,16 @@ private:
         if (!lost.empty()) {
             notes.push_back("not carried: " + joinWords(lost));
         }
+        std::string values;
         for (const ValueMap& map : valueMaps) {
-            notes.push_back(map.summary());
+            const std::string summary = map.summary();
+            values += values.empty() || summary.empty() ? summary : "; " + summary;
+        }
+        if (!values.empty()) {
+            notes.push_back(values);
         }
         for (const std::string& note : notes) {
-            if (!note.empty()) {
-                printMessage(shownName, note);
-            }
+            printMessage(shownName, note);
         }
     }
 

@@ -140,17 +140,23 @@ std::string choiceOf(const Words& words, const std::set<int>& chosen) {
 template <class T>
 T parseWord(const Words& words, const std::string& option, const std::string& word) {
     std::set<int> exact;
+    std::set<int> shortenedFirst; // the first word of a value goes before its others
     std::set<int> shortened;
     std::set<int> all;
     for (const Word& candidate : words) {
-        all.insert(candidate.value);
+        const bool isFirst = all.insert(candidate.value).second;
         if (lowered(candidate.text) == lowered(word)) {
             exact.insert(candidate.value);
         } else if (abbreviates(word, candidate.text)) {
             shortened.insert(candidate.value);
+            if (isFirst) {
+                shortenedFirst.insert(candidate.value);
+            }
         }
     }
-    const std::set<int>& found = exact.empty() ? shortened : exact;
+    const std::set<int>& found = !exact.empty()               ? exact
+                                 : shortenedFirst.size() == 1 ? shortenedFirst
+                                                              : shortened;
     if (found.empty()) {
         throw UsageError{option + ": \"" + word + "\" is none of " + choiceOf(words, all)};
     }
