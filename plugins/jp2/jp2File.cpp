@@ -137,11 +137,18 @@ zelStatus Jp2File::getPage(void* data, int x, int y, int z, int c, int nx, int n
     if (!data || z != 0 || nz != 1 || c != 0 || nc != size.c || !fits(x, nx, pageSize.x, size.x) ||
         !fits(y, ny, pageSize.y, size.y))
         return zelStatusEncode(zelBADPARAMS);
+    if (const auto* const kept = cache_.find(x, y)) {
+        std::memcpy(data, kept->data(), kept->size());
+        return zelOKAY;
+    }
     const Box page{x, y, nx, ny};
     const zelStatus status = decoder_->decode(areaOf(page));
-    if (status == zelOKAY)
-        copyPage(data, page);
-    return status;
+    if (status != zelOKAY)
+        return status;
+    copyPage(data, page);
+    if (!shape_.singleTile()) // of bands of one tile, the decoder keeps several
+        cache_.keep(x, y, data, zelDataSize(dtype, pageSize));
+    return zelOKAY;
 }
 
 void Jp2File::copyPage(void* data, const Box& page) {

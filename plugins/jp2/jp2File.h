@@ -4,6 +4,7 @@
 #include "boxes.h"
 #include "decoder.h"
 #include "encoder.h"
+#include "pageCache.h"
 #include "shape.h"
 
 #include "kit/scanlineFile.h"
@@ -55,6 +56,7 @@ private:
     Shape shape_;
     View view_;
     std::unique_ptr<Decoder> decoder_;
+    PageCache cache_;
     int areaRows_ = 0;                           ///< decoded together where pages are bands
     std::vector<std::vector<std::int32_t>> row_; ///< by channel
 
