@@ -9,24 +9,27 @@ namespace zelhdr {
 
 namespace {
 
-using zelkit::maskOf;
-
 constexpr zelkit::ColorModelChannels colorModels[] = {{zelRGB, 3}, {zelMultiSpectral, 3}};
 
 constexpr zelkit::Capabilities hdrCapabilities = {
     .types = zelFloat,
     .orders = zelInterleaved,
     .orientations = zelkit::allOrientations,
-    .compressions = maskOf({zelNoCompression}),
     .colorModels = colorModels,
     .maxChannels = 3,
     .preferredType = zelFloat,
+    .preferredCompression = zelUnknownCompression,
     .randomAccessWrite = false,
 };
 
 class HdrFormat final : public zelkit::TableFormat {
 public:
     HdrFormat() : TableFormat("HDR", hdrCapabilities) {}
+
+    // Run lengths of the format's own, which have no name.
+    int compressionIsSupported(zelCompression compression) override {
+        return compression == zelUnknownCompression;
+    }
 
 protected:
     zelFile* newfileobj() override {

@@ -38,7 +38,7 @@ PluginTraits hdrTraits() {
     Combo kind;
     kind.suffix = ".hdr";
     kind.channels = 3;
-    kind.statedCompression = zelUnknownCompression;
+    kind.compression = zelUnknownCompression;
     kind.adapt = shareExponents;
     kind.colorModel = zelRGB;
     traits.combos = makeCombos(kind, {zelFloat}, {zelInterleaved}, allOrientations);
@@ -94,7 +94,7 @@ TEST_F(Hdr, RoundsAndLimitsWhatItWrites) {
                             infinity, 1,  FLT_MAX,       1e-44F,  0,    0};
     for (int i = 0; i < 12; i++)
         pixels.set(i / 3, 0, i % 3, static_cast<double>(values[i]));
-    createFrom("a.hdr", pixels, zelRGB, zelInterleaved, zelNoCompression);
+    createFrom("a.hdr", pixels, zelRGB, zelInterleaved, zelUnknownCompression);
     const double most = std::ldexp(255.0, 255 - 136);
     // 255.75 does not fit 8 bits but as 256, under which 2 is the unit.
     EXPECT_EQ(numbers(read("a.hdr")), Numbers({1, 0, 0, 256, 0, 0, most, 0, most, 0, 0, 0}));
@@ -140,7 +140,7 @@ TEST_F(Hdr, AgreesWithAnotherProgram) {
         run("ppmrainbow -width=61 -height=40 red yellow blue | convert-im6.q16 ppm:- a.hdr");
     }
     const Pixels first = read("a.hdr");
-    createFrom("b.hdr", first, zelRGB, zelInterleaved, zelNoCompression);
+    createFrom("b.hdr", first, zelRGB, zelInterleaved, zelUnknownCompression);
     EXPECT_TRUE(read("b.hdr") == first) << "the same program wrote it";
     for (const std::string name : {"a", "b"}) {
         run("convert-im6.q16 " + name +
