@@ -78,7 +78,7 @@ private:
             });
         } catch (const Failure&) {
             // The file is lost anyway: does it refuse this image, or even its first one again?
-            const zelStatus status = file->appendImg(nullptr, &first);
+            const zelMainStatus status = zelStatusMain(file->appendImg(nullptr, &first));
             if (status == zelUNSUPPORTEDBYFORMAT || status == zelUNSUPPORTEDBYFILE) {
                 throw Failure{shownName, "this file cannot hold more than one image"};
             }

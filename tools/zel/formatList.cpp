@@ -143,7 +143,10 @@ std::string takeExplainedErrors() {
         const char* const dsoName = entry->getDSOName();
         if (dsoName && text.find(quoted(dsoName)) != std::string::npos) {
             const std::string reason = loaderReason(dsoName);
-            return reason.empty() ? text : text + " (" + reason + ")";
+            if (!reason.empty()) {
+                text.append(" (").append(reason).append(")");
+            }
+            return text;
         }
     }
     return text;

@@ -197,7 +197,8 @@ void writeTag(zelFile& file, const std::string& name, zelTagDescription& descrip
         refuse(wantedText(tag, description));
     }
     const zelStatus status = tag.write(&file);
-    if (status == zelUNSUPPORTEDBYFORMAT || status == zelREADONLY) {
+    const zelMainStatus kind = zelStatusMain(status);
+    if (kind == zelUNSUPPORTEDBYFORMAT || kind == zelREADONLY) {
         throw Failure{name, std::string("format ") + file.getFormat()->getName() +
                                 " cannot change the tags of a file in place"};
     }
