@@ -189,8 +189,11 @@ zelStatus settleAttributes(Attributes& image, const Options& options, const char
                  zelCompressionName(image.compression));
         image.compression = zelZIP;
     }
-    if (!predictorFits(image, options.predictor))
+    if (!predictorFits(image, options.predictor)) {
+        zelError(zelSevWarning, "%.100s: predictor %d does not suit elements of type %s", fileName,
+                 options.predictor, zelDataTypeName(image.type));
         return zelStatusEncode(zelBADPARAMS);
+    }
     return settlePages(image, options);
 }
 

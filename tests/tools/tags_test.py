@@ -1,6 +1,7 @@
 """What images have beside their pixels, and the check of the format database."""
 import json
 import os
+import resource
 import struct
 import unittest
 
@@ -57,6 +58,10 @@ class Tags(ToolTest):
                                     (1, ["scene.ppm", "--set", "a=b"], "PNM has no tags"),
                                     (2, ["a.tif", "--set", "Artist"], "NAME=TEXT")):
             self.assertIn(text, self.zel("tags", *words, status=status).err)
+        small = (1000, 1000)
+        no_room = self.zel("tags", "a.tif", "--set", "Artist=Ann", status=1,
+                           preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, small))
+        self.assertIn("a.tif: File too large", no_room.err)
         self.assertEqual(self.read("a.tif"), before)
         self.assertEqual(sorted(os.listdir()), ["a.tif", "p.icc", "scene.ppm"])
 

@@ -12,12 +12,14 @@
 #include <cstring>
 #include <filesystem>
 #include <utility>
+#include <vector>
 
 namespace zel::tool {
 namespace {
 
 constexpr size_t kKeptNameEnd = 64;
 constexpr int kMaxLinks = 40;
+constexpr size_t kCopyBytes = 256 * 1024;
 
 /// A descriptor that is closed at the end of its block.
 struct Descriptor {
@@ -115,6 +117,32 @@ void SafeOutput::settlePermissions(int fd) const {
     }
     if (fchmod(fd, mode) != 0) {
         fail("", errno);
+    }
+}
+
+// std::filesystem::copy_file calls a full disk an input/output error.
+void SafeOutput::copyFrom(const std::string& source) const {
+    const Descriptor from{open(source.c_str(), O_RDONLY | O_CLOEXEC)};
+    if (from.fd < 0) {
+        fail("", errno);
+    }
+    const Descriptor to{open(temporary.c_str(), O_WRONLY | O_CLOEXEC)};
+    if (to.fd < 0) {
+        fail("", errno);
+    }
+    std::vector<char> buffer(kCopyBytes);
+    ssize_t got = 0;
+    while ((got = ::read(from.fd, buffer.data(), buffer.size())) != 0) {
+        if (got < 0 && errno != EINTR) {
+            fail("", errno);
+        }
+        for (ssize_t done = 0; done < got;) {
+            const ssize_t n = ::write(to.fd, buffer.data() + done, static_cast<size_t>(got - done));
+            if (n < 0 && errno != EINTR) {
+                fail("", errno);
+            }
+            done += n > 0 ? n : 0;
+        }
     }
 }
 

@@ -26,6 +26,9 @@ public:
     /// The directory that it lies in.
     const std::string& folder() const { return directory; }
 
+    /// Fills it with a copy of the file `source`.
+    void copyFrom(const std::string& source) const;
+
     /// Brings the file to the disk and gives it its name and the permissions of the old file.
     void commit();
 

@@ -11,7 +11,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <filesystem>
 #include <iostream>
 
 namespace zel::tool {
@@ -90,12 +89,7 @@ void changeTags(const Options& options) {
     }
     SafeOutput safe(name.file, options.name);
     const WorkingOn onCopy(options.name, safe.temporaryFile());
-    std::error_code error;
-    std::filesystem::copy_file(name.file, safe.temporaryFile(),
-                               std::filesystem::copy_options::overwrite_existing, error);
-    if (error) {
-        throw Failure{options.name, error.message()};
-    }
+    safe.copyFrom(name.file);
     name.file = safe.temporaryFile();
     zelStatus status = zelOKAY;
     ImageFile file(zelFile::open(joinImageName(name).c_str(), 2, &status));
