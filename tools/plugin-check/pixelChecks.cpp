@@ -126,9 +126,9 @@ void movePages(const Subject& subject, const Kind& kind, std::mt19937& random) {
 }
 
 std::vector<Box> randomBoxes(const zelSize& size, int count, std::mt19937& random) {
-    std::vector<Box> boxes;
-    for (int i = 0; i < count; i++)
-        boxes.push_back(randomBox(size, random));
+    std::vector<Box> boxes(static_cast<std::size_t>(count));
+    for (Box& box : boxes)
+        box = randomBox(size, random);
     return boxes;
 }
 
@@ -175,7 +175,8 @@ bool writeSeveral(const Subject& subject, const Kind& kind, std::vector<Picture>
     for (unsigned i = 0; i < sizes.size(); i++) {
         zelFileConfig config = kind.config(sizes[i]);
         const zelStatus status = i == 0 ? zelOKAY : file->appendImg(nullptr, &config);
-        if (i == 1 && (status == zelUNSUPPORTEDBYFORMAT || status == zelUNSUPPORTEDBYFILE))
+        const zelMainStatus answer = zelStatusMain(status);
+        if (i == 1 && (answer == zelUNSUPPORTEDBYFORMAT || answer == zelUNSUPPORTEDBYFILE))
             return false;
         requireOkay(status, "appending image " + std::to_string(i));
         require(file->getCurrentImg() == static_cast<int>(i), "the new image is not current");

@@ -70,7 +70,8 @@ std::vector<Round> roundsOf(const Subject& subject) {
 
 int openDescriptors() {
     DIR* const directory = opendir("/proc/self/fd");
-    require(directory != nullptr, "the descriptors cannot be counted");
+    if (!directory)
+        throw Failed{"the descriptors cannot be counted"};
     int count = 0;
     while (readdir(directory))
         count++;

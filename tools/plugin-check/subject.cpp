@@ -20,7 +20,7 @@ void setPalette(zelFile* file) {
     for (int index = 0; index <= last; index++) {
         map.setVal(index, index, 0);
         map.setVal(last - index, index, 1);
-        map.setVal(3 * last / 4, index, 2);
+        map.setVal(last, index, 2);
     }
     file->setColormap(&map);
 }
