@@ -64,10 +64,12 @@ class ToolTest(unittest.TestCase):
         self.addCleanup(os.chdir, os.getcwd())
         os.chdir(folder.name)
 
+    def run_zel(self, *words, **more):
+        return subprocess.run([ZEL, *words], stdout=subprocess.PIPE, stderr=subprocess.PIPE, **more)
+
     def zel(self, *words, status=0, **more):
         """Runs the command, which must end with `status`."""
-        result = subprocess.run([ZEL, *words], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                                **more)
+        result = self.run_zel(*words, **more)
         result.out = result.stdout.decode()
         result.err = result.stderr.decode()
         self.assertEqual(result.returncode, status, (words, result.err))

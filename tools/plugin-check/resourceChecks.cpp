@@ -90,8 +90,9 @@ void repeat(const Round& round, int count) {
 }
 
 constexpr int repetitions = 12;
-// Below the smallest block of the allocator for each file, nothing was lost.
-constexpr std::size_t leastLoss = 24 * repetitions;
+// The allocator counts blocks that it keeps for the next request as in use, and their number sways
+// by a few small ones. A sanitizer finds smaller losses.
+constexpr std::size_t leastLoss = 128 * repetitions;
 
 // The bytes that so many rounds leave behind.
 [[maybe_unused]] std::size_t growth(const Round& round) {
