@@ -188,10 +188,10 @@ zelStatus ScanlineFile::getPage(void* data, int x, int y, int z, int c, int nx, 
     return zelOKAY;
 }
 
-// Encodes the band in hand.
+// Encodes the band in hand, unless an earlier one failed.
 zelStatus ScanlineFile::emitBand() {
-    zelStatus status = zelOKAY;
-    if (nextRow_ < 0) {
+    zelStatus status = writeStatus_;
+    if (status == zelOKAY && nextRow_ < 0) {
         status = startEncoding();
         nextRow_ = 0;
     }
@@ -211,8 +211,10 @@ zelStatus ScanlineFile::advanceTo(int band) {
         const int next = held_ >= 0 ? held_ + 1 : std::max(nextRow_, 0) / pageSize.y;
         if (held_ >= 0)
             status = emitBand();
-        std::memset(band_.data(), 0, band_.size());
-        held_ = next;
+        if (status == zelOKAY) {
+            std::memset(band_.data(), 0, band_.size());
+            held_ = next;
+        }
     }
     return status;
 }

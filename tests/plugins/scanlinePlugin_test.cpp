@@ -8,6 +8,7 @@
 #include <zel/zelTag.h>
 
 #include <algorithm>
+#include <csignal>
 #include <fstream>
 #include <ostream>
 #include <sys/resource.h>
@@ -115,6 +116,30 @@ TEST_P(ScanlinePlugin, LeavesExistingFilesAsTheyAre) {
     EXPECT_EQ(result.text, "5 0");
     EXPECT_EQ(result.reports.size(), 1u);
     EXPECT_EQ(content(GetParam().name), before);
+}
+
+TEST_P(ScanlinePlugin, KeepsAFailureToWrite) {
+    const ChildResult result = runInChild([this]() -> std::string {
+        std::signal(SIGXFSZ, SIG_IGN);
+        const auto limitFiles = [](rlim_t bytes) {
+            const rlimit limit = {bytes, RLIM_INFINITY};
+            setrlimit(RLIMIT_FSIZE, &limit);
+        };
+        zelFile* const file = createNew(800, 4096, 64, GetParam().exact ? "%level=0" : "");
+        const Pixels noise = Pixels::pattern(zelUChar, 800, 64, 3, 1);
+        limitFiles(100'000);
+        zelStatus status = zelOKAY;
+        int y = 0;
+        for (; y < 4096 && status == zelOKAY; y += 64)
+            status = writePixels(file, noise, 0, y);
+        // There is room again, but the rows that failed are lost.
+        limitFiles(RLIM_INFINITY);
+        return std::to_string(zelStatusMain(status)) + (y < 4096 ? " early " : " late ") +
+               std::to_string(zelStatusMain(file->close(0)));
+    });
+    const std::string failed = std::to_string(zelWRITEFAILED);
+    EXPECT_EQ(result.text, failed + " early " + failed);
+    EXPECT_EQ(result.reports.size(), 1u);
 }
 
 // A text for each tag that its type and names take.
