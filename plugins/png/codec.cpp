@@ -22,6 +22,15 @@ Codec::Codec(int fd, const char* name, bool quiet)
         buffer_.allocate(bufferBytes);
 }
 
+bool Codec::setInput(std::span<const std::uint8_t> bytes) {
+    if (!buffer_.allocate(bytes.size()))
+        return false;
+    std::ranges::copy(bytes, buffer_.data());
+    held_ = bytes.size();
+    position_ = length_;
+    return true;
+}
+
 void Codec::report(const char* message) {
     if (reportsLeft_ > 0) {
         zelError(zelSevWarning, "%.100s: libpng: %.100s", name_.c_str(), message);

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <png.h>
+#include <span>
 #include <string>
 
 namespace zelpng {
@@ -31,6 +32,9 @@ protected:
     zelStatus run(Body body) {
         return guard_.run(body) ? zelOKAY : failure();
     }
+
+    /// Has these bytes read in place of the file. False if there is no memory.
+    bool setInput(std::span<const std::uint8_t> bytes);
 
     /// Writes what is buffered.
     zelStatus writeOut();

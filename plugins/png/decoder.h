@@ -21,6 +21,7 @@ struct Header {
 class Decoder : private Codec {
 public:
     using Codec::Codec;
+    using Codec::setInput;
     ~Decoder();
 
     /// Reads all that stands before the pixels. Fails with zelCORRUPTED if the file is too short

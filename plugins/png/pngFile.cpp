@@ -1,5 +1,7 @@
 #include "pngFile.h"
 
+#include "laterChunks.h"
+
 #include "kit/exif.h"
 #include "kit/palette.h"
 #include "kit/sizes.h"
@@ -87,6 +89,7 @@ zelStatus PngFile::openFile() {
         return status;
     Metadata metadata;
     decoder_->getMetadata(metadata);
+    readLaterChunks(fd, nameForMessages(), metadata);
     fields = std::move(metadata.fields);
     iccProfile = std::move(metadata.iccProfile);
     palette = zelkit::makePalette(metadata.colors, metadata.colorChannels);

@@ -3,6 +3,10 @@
 #include "plugins/pluginSuite.h"
 
 #include <zel/zelColormap.h>
+#include <zel/zelFormat.h>
+#include <zel/zelTag.h>
+
+#include <algorithm>
 
 namespace zel::test {
 
@@ -125,6 +129,61 @@ TEST_F(PngExchange, KeepsPalettesWithTheirAlpha) {
     EXPECT_EQ(file->getColormap(stored), zelOKAY);
     EXPECT_TRUE(stored && !stored->isDiff(map));
     EXPECT_TRUE(readPixels(file) == indexes);
+    EXPECT_EQ(file->close(0), zelOKAY);
+}
+
+// The file with what stands before its pixels behind them, but for the header.
+std::string withLaterChunks(const std::string& file) {
+    std::string pixels, others;
+    std::size_t at = 8 + 25;
+    while (file.compare(at + 4, 4, "IEND") != 0) {
+        const std::size_t bytes = static_cast<unsigned char>(file[at + 2]) * 256u +
+                                  static_cast<unsigned char>(file[at + 3]) + 12;
+        (file.compare(at + 4, 4, "IDAT") == 0 ? pixels : others) += file.substr(at, bytes);
+        at += bytes;
+    }
+    return file.substr(0, 8 + 25) + pixels + others + file.substr(at);
+}
+
+TEST_F(PngExchange, ReadsMetadataBehindThePixels) {
+    const zelSize size(90, 70, 1, 3);
+    zelFile* file = create(
+        "own.png", zelFileConfig(&size, zelUChar, zelInterleaved, zelRGB, zelRightLowerOrigin));
+    ASSERT_NE(file, nullptr);
+    const std::string texts[] = {"Ger\xc3\xa4t", std::string(3000, 'x'), "plain"};
+    const char* const names[] = {"Source", "Artist", "Comment"};
+    int count = 0;
+    const zelTagDescription* const known = file->getFormat()->getTagDescriptions(count);
+    const auto tagOf = [&](const char* name) {
+        return std::find_if(known, known + count,
+                            [&](const zelTagDescription& description) {
+                                return std::string(description.name) == name;
+                            })
+            ->tag;
+    };
+    for (int i = 0; i < 3; i++)
+        EXPECT_EQ(file->setTag(tagOf(names[i]), texts[i].c_str()), zelOKAY);
+    EXPECT_EQ(writePixels(file, Pixels::pattern(zelUChar, 90, 70, 3, 1)), zelOKAY);
+    EXPECT_EQ(file->close(0), zelOKAY);
+    run("ppmmake red 5 4 | pnmtopng -force -modtime '1999-02-03 04:05:06' >t.png");
+
+    write("later.png", withLaterChunks(content("own.png")));
+    ASSERT_GT(content("later.png").find("eXIf"), content("later.png").find("IDAT"));
+    file = open("later.png");
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(file->getOrientation(), zelRightLowerOrigin);
+    char* text = nullptr;
+    for (int i = 0; i < 3; i++) {
+        EXPECT_EQ(file->getTag(tagOf(names[i]), &text), zelOKAY) << names[i];
+        EXPECT_EQ(text, texts[i]);
+    }
+    EXPECT_EQ(file->close(0), zelOKAY);
+    EXPECT_TRUE(read("later.png") == read("own.png"));
+    write("later.png", withLaterChunks(content("t.png")));
+    file = open("later.png");
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(file->getTag(306, &text), zelOKAY);
+    EXPECT_STREQ(text, "1999:02:03 04:05:06");
     EXPECT_EQ(file->close(0), zelOKAY);
 }
 
