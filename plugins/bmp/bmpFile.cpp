@@ -3,10 +3,7 @@
 #include "kit/exif.h"
 #include "kit/palette.h"
 
-#include <zel/zelTypeNames.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
 
 namespace zelbmp {
@@ -24,29 +21,6 @@ std::vector<std::uint8_t> standardColors() {
 }
 
 } // namespace
-
-zelClassList BmpFile::classList("zelbmp::BmpFile", &zelFile::classList);
-
-char* BmpFile::getClassName(int parentIdx) const {
-    return classList.find(parentIdx);
-}
-
-const zelClassList* BmpFile::getClassId() const {
-    return &classList;
-}
-
-int BmpFile::derivesFrom(const zelClassList* className) const {
-    return classList.find(className);
-}
-
-char* BmpFile::getDefaultDescription() const {
-    static char text[] = "Bitmap file";
-    return text;
-}
-
-std::span<const zelTagDescription> BmpFile::tagDescriptions() const {
-    return zelkit::resolutionTagDescriptions();
-}
 
 // Reading
 
@@ -75,7 +49,7 @@ zelStatus BmpFile::openFile() {
     if (cm == zelRGBPalette) {
         palette = zelkit::makePalette(header_.colors, 3);
         if (!palette)
-            return zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
+            return zelkit::noMemory();
     }
     return beginReading();
 }
@@ -155,11 +129,8 @@ bool BmpFile::describeNewFile() {
 
 zelStatus BmpFile::createFile() {
     readArguments({});
-    if (!describeNewFile() || formatHeader(header_).empty()) {
-        zelError(zelSevWarning, "%s: a bitmap cannot hold %d x %d %s pixels of type %s",
-                 nameForMessages(), size.x, size.y, zelColorModelName(cm), zelDataTypeName(dtype));
-        return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
-    }
+    if (!describeNewFile() || formatHeader(header_).empty())
+        return refuseAttributes();
     if (cm == zelRGBPalette)
         palette = zelkit::makePalette(header_.colors, 3);
     const zelStatus status = makeFile();
@@ -203,10 +174,6 @@ zelStatus BmpFile::encodeRows(const std::uint8_t* rows, int count) {
             std::copy_n(rows, rowBytes(), stored);
         rows += rowBytes();
     });
-}
-
-zelStatus BmpFile::finishEncoding() {
-    return zelOKAY;
 }
 
 } // namespace zelbmp

@@ -4,6 +4,7 @@
 #include "header.h"
 #include "runLengths.h"
 
+#include "kit/fileClass.h"
 #include "kit/fixedRows.h"
 #include "kit/packedPixels.h"
 #include "kit/scanlineFile.h"
@@ -13,16 +14,12 @@
 namespace zelbmp {
 
 /// A bitmap file. Rows are shown in the order in which they are stored.
-class BmpFile final : public zelkit::ScanlineFile {
+class BmpFile final : public zelkit::FileClass<BmpFile, zelkit::ScanlineFile> {
 public:
-    static zelClassList classList;
-
-    char* getClassName(int parentIdx) const override;
-    const zelClassList* getClassId() const override;
-    int derivesFrom(const zelClassList* className) const override;
+    static constexpr char className[] = "zelbmp::BmpFile";
+    static constexpr char description[] = "Bitmap file";
 
 protected:
-    char* getDefaultDescription() const override;
     zelStatus openFile() override;
     zelStatus createFile() override;
 
@@ -31,9 +28,6 @@ protected:
     zelStatus skipRows(int count) override;
     zelStatus startEncoding() override;
     zelStatus encodeRows(const std::uint8_t* rows, int count) override;
-    zelStatus finishEncoding() override;
-
-    std::span<const zelTagDescription> tagDescriptions() const override;
 
 private:
     bool describeNewFile();

@@ -3,9 +3,6 @@
 #include "kit/exif.h"
 #include "kit/tableFormat.h"
 
-#include <cerrno>
-#include <new>
-
 namespace zelbmp {
 
 namespace {
@@ -27,26 +24,7 @@ constexpr zelkit::Capabilities bmpCapabilities = {
     .randomAccessWrite = false,
 };
 
-class BmpFormat final : public zelkit::TableFormat {
-public:
-    BmpFormat() : TableFormat("BMP", bmpCapabilities) {}
-
-protected:
-    zelFile* newfileobj() override {
-        auto* const file = new (std::nothrow) BmpFile;
-        if (!file)
-            errno = ENOMEM;
-        return file;
-    }
-    zelTagDescription* _getTagDescriptions(int& count) override {
-        static auto tags = zelkit::joinTags({zelkit::resolutionTagDescriptions()});
-        count = static_cast<int>(tags.size());
-        return tags.data();
-    }
-};
-
-// Building it registers the format, as the plug-in is loaded.
-BmpFormat registration;
+zelkit::FormatOf<BmpFile> registration("BMP", bmpCapabilities, zelkit::resolutionTagDescriptions());
 
 } // namespace
 

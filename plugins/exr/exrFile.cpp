@@ -17,25 +17,6 @@ constexpr int noThreads = 0;
 
 } // namespace
 
-zelClassList ExrFile::classList("zelexr::ExrFile", &zelFile::classList);
-
-char* ExrFile::getClassName(int parentIdx) const {
-    return classList.find(parentIdx);
-}
-
-const zelClassList* ExrFile::getClassId() const {
-    return &classList;
-}
-
-int ExrFile::derivesFrom(const zelClassList* className) const {
-    return classList.find(className);
-}
-
-char* ExrFile::getDefaultDescription() const {
-    static char text[] = "OpenEXR file";
-    return text;
-}
-
 // OpenEXR's exceptions end here.
 
 zelStatus ExrFile::statusOf(zelMainStatus otherwise) const {
@@ -88,10 +69,10 @@ zelStatus ExrFile::openFile() {
         input_ = std::make_unique<FdInput>(fd);
         parts_ = std::make_unique<Imf::MultiPartInputFile>(*input_, noThreads);
     });
-    return status == zelOKAY ? show(0) : status;
+    return status == zelOKAY ? showImage(0) : status;
 }
 
-zelStatus ExrFile::show(int part) {
+zelStatus ExrFile::showImage(int part) {
     std::int64_t fileBytes = 0;
     Layout layout;
     zelStatus status = zelkit::getFileLength(fd, fileBytes);
@@ -178,20 +159,6 @@ int ExrFile::getNumImgs() {
 
 int ExrFile::getCurrentImg() {
     return current_;
-}
-
-zelStatus ExrFile::setCurrentImg(int i) {
-    const zelStatus range = zelFile::setCurrentImg(i);
-    if (range != zelUNSUPPORTEDBYLIBRARY)
-        return range;
-    const zelStatus status = show(i);
-    if (status == zelOKAY)
-        markAttributesChanged();
-    return status;
-}
-
-std::span<const zelTagDescription> ExrFile::tagDescriptions() const {
-    return tagTable();
 }
 
 zelStatus ExrFile::setItem(int tag, va_list args) {

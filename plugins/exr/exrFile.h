@@ -4,6 +4,7 @@
 #include "layout.h"
 #include "streams.h"
 
+#include "kit/fileClass.h"
 #include "kit/scanlineFile.h"
 
 #include <OpenEXR/ImfInputPart.h>
@@ -18,23 +19,19 @@
 namespace zelexr {
 
 /// An EXR file. Parts are images, and rows are read by OpenEXR in any order, from tiles too.
-class ExrFile final : public zelkit::ScanlineFile {
+class ExrFile final : public zelkit::FileClass<ExrFile, zelkit::ScanlineFile> {
 public:
-    static zelClassList classList;
-
-    char* getClassName(int parentIdx) const override;
-    const zelClassList* getClassId() const override;
-    int derivesFrom(const zelClassList* className) const override;
+    static constexpr char className[] = "zelexr::ExrFile";
+    static constexpr char description[] = "OpenEXR file";
 
     int getNumImgs() override;
     int getCurrentImg() override;
-    zelStatus setCurrentImg(int i) override;
     zelStatus setItem(int tag, va_list args) override;
 
 protected:
-    char* getDefaultDescription() const override;
     zelStatus openFile() override;
     zelStatus createFile() override;
+    zelStatus showImage(int i) override;
     zelStatus closeFile() override;
 
     zelStatus startDecoding() override;
@@ -43,7 +40,6 @@ protected:
     zelStatus startEncoding() override;
     zelStatus encodeRows(const std::uint8_t* rows, int count) override;
     zelStatus finishEncoding() override;
-    std::span<const zelTagDescription> tagDescriptions() const override;
 
 private:
     template <typename Work>
@@ -51,7 +47,6 @@ private:
     zelStatus statusOf(zelMainStatus otherwise) const;
 
     void readOptions();
-    zelStatus show(int part);
     void readPart(std::uint8_t* rows, int first, int count);
     void readChroma(std::uint8_t* rows, int first, int count);
     Imf::Header newHeader(const Imath::Box2i& data, const Imath::Box2i& display) const;

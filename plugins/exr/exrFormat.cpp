@@ -3,9 +3,6 @@
 
 #include "kit/tableFormat.h"
 
-#include <cerrno>
-#include <new>
-
 namespace zelexr {
 
 namespace {
@@ -32,25 +29,7 @@ constexpr zelkit::Capabilities exrCapabilities = {
     .randomAccessWrite = false,
 };
 
-class ExrFormat final : public zelkit::TableFormat {
-public:
-    ExrFormat() : TableFormat("EXR", exrCapabilities) {}
-
-protected:
-    zelFile* newfileobj() override {
-        auto* const file = new (std::nothrow) ExrFile;
-        if (!file)
-            errno = ENOMEM;
-        return file;
-    }
-    zelTagDescription* _getTagDescriptions(int& count) override {
-        count = static_cast<int>(tagTable().size());
-        return tagTable().data();
-    }
-};
-
-// Building it registers the format, as the plug-in is loaded.
-ExrFormat registration;
+zelkit::FormatOf<ExrFile> registration("EXR", exrCapabilities, tagTable());
 
 } // namespace
 

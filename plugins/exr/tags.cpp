@@ -27,7 +27,7 @@ constexpr unsigned real = zelkit::oneOf(zelTagFloat);
 constexpr unsigned whole = zelkit::oneOf(zelTagInt);
 
 // Tags below channelsTag are attributes of the part's header of the same name.
-zelTagDescription descriptions[] = {
+constexpr zelTagDescription descriptions[] = {
     {1, text, "Owner of the image", "owner", "", nullptr},
     {2, text, "Comments", "comments", "", nullptr},
     {3, text, "Local time of capture, as YYYY:MM:DD hh:mm:ss", "capDate", "", nullptr},
@@ -81,7 +81,7 @@ bool placeBox(double x, double y, double width, double height, Imath::Box2i& box
 
 } // namespace
 
-std::span<zelTagDescription> tagTable() {
+std::span<const zelTagDescription> tagTable() {
     return descriptions;
 }
 

@@ -10,7 +10,7 @@
 
 namespace zelexr {
 
-std::span<zelTagDescription> tagTable();
+std::span<const zelTagDescription> tagTable();
 
 /// True for tags that follow from the image and are not for clients to set.
 bool isReadOnly(int tag);

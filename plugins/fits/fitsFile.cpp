@@ -24,25 +24,6 @@ std::int64_t wholeBlocks(std::int64_t bytes) {
 
 } // namespace
 
-zelClassList FitsFile::classList("zelfits::FitsFile", &zelFile::classList);
-
-char* FitsFile::getClassName(int parentIdx) const {
-    return classList.find(parentIdx);
-}
-
-const zelClassList* FitsFile::getClassId() const {
-    return &classList;
-}
-
-int FitsFile::derivesFrom(const zelClassList* className) const {
-    return classList.find(className);
-}
-
-char* FitsFile::getDefaultDescription() const {
-    static char text[] = "Flexible Image Transport System file";
-    return text;
-}
-
 // Opening
 
 void FitsFile::readOptions() {
@@ -53,7 +34,7 @@ void FitsFile::readOptions() {
 zelStatus FitsFile::openFile() {
     readOptions();
     const zelStatus status = scan(fd, nameForMessages(), contents_);
-    return status == zelOKAY ? show(0) : status;
+    return status == zelOKAY ? showImage(0) : status;
 }
 
 zelStatus FitsFile::closeFile() {
@@ -61,7 +42,7 @@ zelStatus FitsFile::closeFile() {
 }
 
 // Fills the attributes of an image that can be shown.
-zelStatus FitsFile::show(int i) {
+zelStatus FitsFile::showImage(int i) {
     const Image& shown = contents_.images[static_cast<std::size_t>(i)];
     if (shown.status != zelOKAY)
         return shown.status;
@@ -156,16 +137,6 @@ int FitsFile::getCurrentImg() {
     return current_;
 }
 
-zelStatus FitsFile::setCurrentImg(int i) {
-    const zelStatus range = zelFile::setCurrentImg(i);
-    if (range != zelUNSUPPORTEDBYLIBRARY)
-        return range;
-    const zelStatus status = show(i);
-    if (status == zelOKAY)
-        markAttributesChanged();
-    return status;
-}
-
 // Tags
 
 zelStatus FitsFile::getStatMinMax(double& min, double& max) {
@@ -189,7 +160,7 @@ zelStatus FitsFile::setStatMinMax(double min, double max) {
 }
 
 zelStatus FitsFile::getItem(int tag, va_list args) {
-    return zelkit::getField(image().tags, tagDescriptions(), tag, args);
+    return zelkit::getField(image().tags, tagTable(), tag, args);
 }
 
 zelStatus FitsFile::setItem(int tag, va_list args) {
@@ -198,7 +169,7 @@ zelStatus FitsFile::setItem(int tag, va_list args) {
     if (findTag(tag) && tag >= firstReadOnlyTag)
         return zelStatusEncode(zelBADFIELDSET);
     zelkit::Fields tags = image().tags;
-    const zelStatus status = zelkit::setField(tags, tagDescriptions(), tag, args);
+    const zelStatus status = zelkit::setField(tags, tagTable(), tag, args);
     return status == zelOKAY ? rewrite(tags, tag) : status;
 }
 
@@ -262,7 +233,7 @@ zelStatus FitsFile::writeImage(const zelFileConfig& wanted, std::int64_t offset)
         status = scan(fd, nameForMessages(), contents_);
     if (status != zelOKAY)
         return status;
-    status = show(getNumImgs() - 1);
+    status = showImage(getNumImgs() - 1);
     pageSize = wanted.getPageDimensions();
     return status;
 }

@@ -4,6 +4,7 @@
 #include "elements.h"
 #include "scan.h"
 
+#include "kit/fileClass.h"
 #include "kit/pluginFile.h"
 
 #include <zel/zelFileConfig.h>
@@ -12,13 +13,10 @@ namespace zelfits {
 
 /// A FITS file. Headers are read by CFITSIO; pages are bands of rows, moved straight from and to
 /// the file in any order. Nothing is held back.
-class FitsFile final : public zelkit::PluginFile {
+class FitsFile final : public zelkit::FileClass<FitsFile, zelkit::PluginFile> {
 public:
-    static zelClassList classList;
-
-    char* getClassName(int parentIdx) const override;
-    const zelClassList* getClassId() const override;
-    int derivesFrom(const zelClassList* className) const override;
+    static constexpr char className[] = "zelfits::FitsFile";
+    static constexpr char description[] = "Flexible Image Transport System file";
 
     zelStatus getPage(void* data, int x, int y, int z, int c, int nx, int ny, int nz,
                       int nc) override;
@@ -29,7 +27,6 @@ public:
 
     int getNumImgs() override;
     int getCurrentImg() override;
-    zelStatus setCurrentImg(int i) override;
     /// Adds an image unit behind the last unit and shows it.
     zelStatus appendImg(zelFile* source, zelFileConfig* config) override;
 
@@ -39,9 +36,9 @@ public:
     zelStatus setItem(int tag, va_list args) override;
 
 protected:
-    char* getDefaultDescription() const override;
     zelStatus openFile() override;
     zelStatus createFile() override;
+    zelStatus showImage(int i) override;
     zelStatus closeFile() override;
 
 private:
@@ -50,7 +47,6 @@ private:
     std::int64_t offsetOf(int y, int z, int c) const;
 
     void readOptions();
-    zelStatus show(int i);
     zelStatus writeImage(const zelFileConfig& wanted, std::int64_t offset);
     zelStatus fillWithZeros(const Image& made, const Elements& elements) const;
     zelStatus rewrite(const zelkit::Fields& tags, int tag);

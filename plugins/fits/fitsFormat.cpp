@@ -2,9 +2,6 @@
 
 #include "kit/tableFormat.h"
 
-#include <cerrno>
-#include <new>
-
 namespace zelfits {
 
 namespace {
@@ -28,9 +25,9 @@ constexpr zelkit::Capabilities fitsCapabilities = {
 };
 
 // Pages are bands of rows of one channel of one plane.
-class FitsFormat final : public zelkit::TableFormat {
+class FitsFormat : public zelkit::TableFormat {
 public:
-    FitsFormat() : TableFormat("FITS", fitsCapabilities) {}
+    using TableFormat::TableFormat;
 
     int pageSizeIsSupported(int x, int y, int z, int /*c*/, int pageX, int pageY, int pageZ,
                             int pageC, zelOrientation at) override {
@@ -40,22 +37,9 @@ public:
                               int& pageC, zelOrientation at) override {
         TableFormat::getPreferredPageSize(x, y, z, 1, pageX, pageY, pageZ, pageC, at);
     }
-
-protected:
-    zelFile* newfileobj() override {
-        auto* const file = new (std::nothrow) FitsFile;
-        if (!file)
-            errno = ENOMEM;
-        return file;
-    }
-    zelTagDescription* _getTagDescriptions(int& count) override {
-        count = static_cast<int>(tagDescriptions().size());
-        return tagDescriptions().data();
-    }
 };
 
-// Building it registers the format, as the plug-in is loaded.
-FitsFormat registration;
+zelkit::FormatOf<FitsFile, FitsFormat> registration("FITS", fitsCapabilities, tagTable());
 
 } // namespace
 

@@ -10,7 +10,7 @@ namespace {
 constexpr unsigned text = zelkit::oneOf(zelTagString);
 constexpr unsigned number = zelkit::oneOf(zelTagDouble);
 
-zelTagDescription descriptions[] = {
+constexpr zelTagDescription descriptions[] = {
     {1, text, "What was observed", "OBJECT", "", nullptr},
     {2, text, "Telescope that was used", "TELESCOP", "", nullptr},
     {3, text, "Instrument that took the data", "INSTRUME", "", nullptr},
@@ -32,7 +32,7 @@ zelTagDescription descriptions[] = {
 
 } // namespace
 
-std::span<zelTagDescription> tagDescriptions() {
+std::span<const zelTagDescription> tagTable() {
     return descriptions;
 }
 

@@ -11,7 +11,7 @@
 namespace zelfits {
 
 /// The tags are keywords of an image's header, one value each.
-std::span<zelTagDescription> tagDescriptions();
+std::span<const zelTagDescription> tagTable();
 
 /// Null for a tag that the format lacks.
 const zelTagDescription* findTag(int tag);

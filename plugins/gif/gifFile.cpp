@@ -14,7 +14,7 @@ namespace zelgif {
 
 namespace {
 
-zelTagDescription tags[] = {
+constexpr zelTagDescription tags[] = {
     {commentTag, zelkit::oneOf(zelTagString), "Comment on the file", "Comment", "", nullptr},
     {delayTag, zelkit::oneOf(zelTagInt), "Hundredths of a second for which the image is shown",
      "Delay", "0", nullptr},
@@ -47,27 +47,8 @@ std::unique_ptr<zelColormap> paletteOf(std::span<const std::uint8_t> colors, con
 
 } // namespace
 
-std::span<zelTagDescription> tagTable() {
+std::span<const zelTagDescription> tagTable() {
     return tags;
-}
-
-zelClassList GifFile::classList("zelgif::GifFile", &zelFile::classList);
-
-char* GifFile::getClassName(int parentIdx) const {
-    return classList.find(parentIdx);
-}
-
-const zelClassList* GifFile::getClassId() const {
-    return &classList;
-}
-
-int GifFile::derivesFrom(const zelClassList* className) const {
-    return classList.find(className);
-}
-
-char* GifFile::getDefaultDescription() const {
-    static char text[] = "Graphics Interchange Format file";
-    return text;
 }
 
 // Reading
@@ -75,11 +56,13 @@ char* GifFile::getDefaultDescription() const {
 zelStatus GifFile::openFile() {
     readArguments({});
     const zelStatus status = scan(fd, nameForMessages(), contents_);
-    return status == zelOKAY ? show(0) : status;
+    return status == zelOKAY ? showImage(0) : status;
 }
 
 // Fills the attributes of an image. At a failure those of the image before stay.
-zelStatus GifFile::show(int i) {
+zelStatus GifFile::showImage(int i) {
+    if (images_ > 0)
+        return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
     const Frame& shown = contents_.frames[static_cast<std::size_t>(i)];
     const bool covers = contents_.covers(shown);
     std::unique_ptr<zelColormap> colors;
@@ -120,18 +103,6 @@ int GifFile::getNumImgs() {
     return images_ > 0 ? images_ : static_cast<int>(contents_.frames.size());
 }
 
-zelStatus GifFile::setCurrentImg(int i) {
-    const zelStatus range = zelFile::setCurrentImg(i);
-    if (range != zelUNSUPPORTEDBYLIBRARY)
-        return range;
-    if (images_ > 0)
-        return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
-    const zelStatus status = show(i);
-    if (status == zelOKAY)
-        markAttributesChanged();
-    return status;
-}
-
 zelStatus GifFile::startDecoding() {
     row_ = 0;
     if (isComposed()) {
@@ -152,7 +123,7 @@ zelStatus GifFile::decodeInterlaced() {
     const auto rowLength = static_cast<std::size_t>(frame().width);
     zelkit::Buffer rows;
     if (!rows.allocate(rowLength * static_cast<std::size_t>(frame().height)))
-        return zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
+        return zelkit::noMemory();
     const zelStatus status = forEachStoredRow(frame(), [&](int y) {
         return decoder_->nextRow(rows.data() + rowLength * static_cast<std::size_t>(y));
     });
@@ -209,7 +180,7 @@ zelStatus GifFile::createFile() {
         return status;
     images_ = 1;
     palette = zelkit::greyPalette(zelkit::largestPalette);
-    return palette ? beginWriting() : zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
+    return palette ? beginWriting() : zelkit::noMemory();
 }
 
 zelStatus GifFile::appendImg(zelFile* source, zelFileConfig* config) {

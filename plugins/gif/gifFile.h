@@ -5,6 +5,7 @@
 #include "encoder.h"
 #include "frameDecoder.h"
 
+#include "kit/fileClass.h"
 #include "kit/scanlineFile.h"
 
 #include <memory>
@@ -18,31 +19,25 @@ enum Tag : int {
     loopCountTag = 3
 };
 
-std::span<zelTagDescription> tagTable();
+std::span<const zelTagDescription> tagTable();
 
 /// A GIF file. Each image is the whole screen, as it is seen while a frame is shown: the frame's
 /// palette where that has all colours to be seen, else zelRGBA.
-class GifFile final : public zelkit::ScanlineFile {
+class GifFile final : public zelkit::FileClass<GifFile, zelkit::ScanlineFile> {
 public:
-    static zelClassList classList;
-
-    GifFile() = default;
-
-    char* getClassName(int parentIdx) const override;
-    const zelClassList* getClassId() const override;
-    int derivesFrom(const zelClassList* className) const override;
+    static constexpr char className[] = "zelgif::GifFile";
+    static constexpr char description[] = "Graphics Interchange Format file";
 
     int getNumImgs() override;
     int getCurrentImg() override { return current_; }
-    /// A file in making stays at its last image.
-    zelStatus setCurrentImg(int i) override;
     /// Ends the image in writing and begins another of the same size.
     zelStatus appendImg(zelFile* source, zelFileConfig* config) override;
 
 protected:
-    char* getDefaultDescription() const override;
     zelStatus openFile() override;
     zelStatus createFile() override;
+    /// A file in making stays at its last image.
+    zelStatus showImage(int i) override;
     zelStatus closeFile() override;
 
     zelStatus startDecoding() override;
@@ -51,16 +46,12 @@ protected:
 
     zelStatus startEncoding() override;
     zelStatus encodeRows(const std::uint8_t* rows, int count) override;
-    zelStatus finishEncoding() override { return zelOKAY; }
-
-    std::span<const zelTagDescription> tagDescriptions() const override { return tagTable(); }
 
 private:
     ~GifFile() override = default;
 
     const Frame& frame() const { return contents_.frames[static_cast<std::size_t>(current_)]; }
     bool isComposed() const { return cm == zelRGBA; }
-    zelStatus show(int i);
     void fillFields();
     zelStatus decodeInterlaced();
     zelStatus nextFrameRow(int y, const std::uint8_t*& indexes);

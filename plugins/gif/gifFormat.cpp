@@ -2,9 +2,6 @@
 
 #include "kit/tableFormat.h"
 
-#include <cerrno>
-#include <new>
-
 namespace zelgif {
 
 namespace {
@@ -26,25 +23,7 @@ constexpr zelkit::Capabilities gifCapabilities = {
     .randomAccessWrite = false,
 };
 
-class GifFormat final : public zelkit::TableFormat {
-public:
-    GifFormat() : TableFormat("GIF", gifCapabilities) {}
-
-protected:
-    zelFile* newfileobj() override {
-        auto* const file = new (std::nothrow) GifFile;
-        if (!file)
-            errno = ENOMEM;
-        return file;
-    }
-    zelTagDescription* _getTagDescriptions(int& count) override {
-        count = static_cast<int>(tagTable().size());
-        return tagTable().data();
-    }
-};
-
-// Building it registers the format, as the plug-in is loaded.
-GifFormat registration;
+zelkit::FormatOf<GifFile> registration("GIF", gifCapabilities, tagTable());
 
 } // namespace
 

@@ -3,39 +3,10 @@
 #include "pixels.h"
 #include "scanline.h"
 
-#include <zel/zelTypeNames.h>
-
-#include <cerrno>
-
 namespace zelhdr {
 
-zelClassList HdrFile::classList("zelhdr::HdrFile", &zelFile::classList);
-
-char* HdrFile::getClassName(int parentIdx) const {
-    return classList.find(parentIdx);
-}
-
-const zelClassList* HdrFile::getClassId() const {
-    return &classList;
-}
-
-int HdrFile::derivesFrom(const zelClassList* className) const {
-    return classList.find(className);
-}
-
-char* HdrFile::getDefaultDescription() const {
-    static char text[] = "Radiance picture";
-    return text;
-}
-
-std::span<const zelTagDescription> HdrFile::tagDescriptions() const {
-    return zelhdr::tagDescriptions();
-}
-
 zelStatus HdrFile::makeLine() {
-    return line_.allocate(static_cast<std::size_t>(size.x) * 4)
-               ? zelOKAY
-               : zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
+    return line_.allocate(static_cast<std::size_t>(size.x) * 4) ? zelOKAY : zelkit::noMemory();
 }
 
 // Reading
@@ -83,11 +54,8 @@ zelStatus HdrFile::createFile() {
     readArguments({});
     const bool channelsFit = size.c == 3 && (cm == zelRGB || cm == zelMultiSpectral);
     if (!channelsFit || dtype != zelFloat || orientation < zelUpperLeftOrigin ||
-        orientation > zelLeftLowerOrigin) {
-        zelError(zelSevWarning, "%s: a Radiance picture cannot hold %d channels of %s of type %s",
-                 nameForMessages(), size.c, zelColorModelName(cm), zelDataTypeName(dtype));
-        return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
-    }
+        orientation > zelLeftLowerOrigin)
+        return refuseAttributes();
     header_.width = size.x;
     header_.height = size.y;
     header_.orientation = orientation;
@@ -114,10 +82,6 @@ zelStatus HdrFile::encodeRows(const std::uint8_t* rows, int count) {
     const zelStatus status = zelkit::writeExact(fd, coded_.data(), coded_.size(), end_);
     end_ += static_cast<std::int64_t>(coded_.size());
     return status;
-}
-
-zelStatus HdrFile::finishEncoding() {
-    return zelOKAY;
 }
 
 } // namespace zelhdr

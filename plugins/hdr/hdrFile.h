@@ -4,6 +4,7 @@
 #include "header.h"
 
 #include "kit/byteReader.h"
+#include "kit/fileClass.h"
 #include "kit/scanlineFile.h"
 
 #include <optional>
@@ -12,16 +13,12 @@
 namespace zelhdr {
 
 /// A Radiance picture. Scanlines are shown in the order and direction in which they are stored.
-class HdrFile final : public zelkit::ScanlineFile {
+class HdrFile final : public zelkit::FileClass<HdrFile, zelkit::ScanlineFile> {
 public:
-    static zelClassList classList;
-
-    char* getClassName(int parentIdx) const override;
-    const zelClassList* getClassId() const override;
-    int derivesFrom(const zelClassList* className) const override;
+    static constexpr char className[] = "zelhdr::HdrFile";
+    static constexpr char description[] = "Radiance picture";
 
 protected:
-    char* getDefaultDescription() const override;
     zelStatus openFile() override;
     zelStatus createFile() override;
 
@@ -30,9 +27,6 @@ protected:
     zelStatus skipRows(int count) override;
     zelStatus startEncoding() override;
     zelStatus encodeRows(const std::uint8_t* rows, int count) override;
-    zelStatus finishEncoding() override;
-
-    std::span<const zelTagDescription> tagDescriptions() const override;
 
 private:
     zelStatus makeLine();

@@ -2,9 +2,6 @@
 
 #include "kit/tableFormat.h"
 
-#include <cerrno>
-#include <new>
-
 namespace zelhdr {
 
 namespace {
@@ -15,6 +12,8 @@ constexpr zelkit::Capabilities hdrCapabilities = {
     .types = zelFloat,
     .orders = zelInterleaved,
     .orientations = zelkit::allOrientations,
+    // Run lengths of the format's own, which have no name.
+    .compressions = zelkit::maskOf({zelUnknownCompression}),
     .colorModels = colorModels,
     .maxChannels = 3,
     .preferredType = zelFloat,
@@ -22,30 +21,7 @@ constexpr zelkit::Capabilities hdrCapabilities = {
     .randomAccessWrite = false,
 };
 
-class HdrFormat final : public zelkit::TableFormat {
-public:
-    HdrFormat() : TableFormat("HDR", hdrCapabilities) {}
-
-    // Run lengths of the format's own, which have no name.
-    int compressionIsSupported(zelCompression compression) override {
-        return compression == zelUnknownCompression;
-    }
-
-protected:
-    zelFile* newfileobj() override {
-        auto* const file = new (std::nothrow) HdrFile;
-        if (!file)
-            errno = ENOMEM;
-        return file;
-    }
-    zelTagDescription* _getTagDescriptions(int& count) override {
-        count = static_cast<int>(tagDescriptions().size());
-        return tagDescriptions().data();
-    }
-};
-
-// Building it registers the format, as the plug-in is loaded.
-HdrFormat registration;
+zelkit::FormatOf<HdrFile> registration("HDR", hdrCapabilities, tagTable());
 
 } // namespace
 

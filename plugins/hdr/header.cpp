@@ -22,7 +22,7 @@ constexpr unsigned number = zelkit::oneOf(zelTagDouble);
 constexpr int colorCorrectionTag = 2;
 
 // Names are those of the file's lines. The numbers of several lines are multiplied.
-zelTagDescription descriptions[] = {
+constexpr zelTagDescription descriptions[] = {
     {1, number, "Factor that was applied to the radiances", "EXPOSURE", "1", nullptr},
     {colorCorrectionTag, text, "Factors that were applied to the three channels", "COLORCORR",
      "1 1 1", nullptr},
@@ -154,7 +154,7 @@ zelStatus checkLength(int fd, const Header& header) {
 
 } // namespace
 
-std::span<zelTagDescription> tagDescriptions() {
+std::span<const zelTagDescription> tagTable() {
     return descriptions;
 }
 

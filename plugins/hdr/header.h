@@ -23,7 +23,7 @@ struct Header {
 };
 
 /// The tags, in `fields`.
-std::span<zelTagDescription> tagDescriptions();
+std::span<const zelTagDescription> tagTable();
 
 /// Reads the header, and holds the sizes against the file's length.
 /// zelBADMAGIC, zelCORRUPTED, zelPREMATUREEOF; zelUNSUPPORTEDBYFILE with a warning that bears

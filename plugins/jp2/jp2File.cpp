@@ -32,25 +32,6 @@ int bitsOf(zelDataType type) {
 
 } // namespace
 
-zelClassList Jp2File::classList("zeljp2::Jp2File", &zelFile::classList);
-
-char* Jp2File::getClassName(int parentIdx) const {
-    return classList.find(parentIdx);
-}
-
-const zelClassList* Jp2File::getClassId() const {
-    return &classList;
-}
-
-int Jp2File::derivesFrom(const zelClassList* className) const {
-    return classList.find(className);
-}
-
-char* Jp2File::getDefaultDescription() const {
-    static char text[] = "JPEG 2000 file";
-    return text;
-}
-
 bool Jp2File::carriesIccProfile() const {
     return !bare_;
 }

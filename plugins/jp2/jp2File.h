@@ -7,6 +7,7 @@
 #include "pageCache.h"
 #include "shape.h"
 
+#include "kit/fileClass.h"
 #include "kit/scanlineFile.h"
 
 #include <memory>
@@ -16,19 +17,15 @@ namespace zeljp2 {
 
 /// A JP2 file or a bare codestream. New files are written in tiles as wide as the image, in rising
 /// order; existing ones are read in any order, by tiles if they have several.
-class Jp2File final : public zelkit::ScanlineFile {
+class Jp2File final : public zelkit::FileClass<Jp2File, zelkit::ScanlineFile> {
 public:
-    static zelClassList classList;
-
-    char* getClassName(int parentIdx) const override;
-    const zelClassList* getClassId() const override;
-    int derivesFrom(const zelClassList* className) const override;
+    static constexpr char className[] = "zeljp2::Jp2File";
+    static constexpr char description[] = "JPEG 2000 file";
 
     zelStatus getPage(void* data, int x, int y, int z, int c, int nx, int ny, int nz,
                       int nc) override;
 
 protected:
-    char* getDefaultDescription() const override;
     zelStatus openFile() override;
     zelStatus createFile() override;
 

@@ -4,8 +4,6 @@
 #include "kit/tableFormat.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <new>
 
 namespace zeljp2 {
 
@@ -21,6 +19,8 @@ constexpr zelkit::Capabilities jp2Capabilities = {
     .types = zelUChar | zelChar | zelUShort | zelShort,
     .orders = zelInterleaved,
     .orientations = maskOf({zelUpperLeftOrigin}),
+    // None of the compressions that have names is that of the format.
+    .compressions = maskOf({zelUnknownCompression}),
     .colorModels = colorModels,
     .maxChannels = 16384,
     .preferredCompression = zelUnknownCompression,
@@ -32,14 +32,10 @@ constexpr std::int64_t preferredTileSamples = 4 << 20;
 constexpr int leastTileRows = 128;
 constexpr int lowestTile = 64;
 
-class Jp2Format final : public zelkit::TableFormat {
+class Jp2Format : public zelkit::TableFormat {
 public:
-    Jp2Format() : TableFormat("JP2", jp2Capabilities) {}
+    using TableFormat::TableFormat;
 
-    // None of the compressions that have names is that of the format.
-    int compressionIsSupported(zelCompression compression) override {
-        return compression == zelUnknownCompression;
-    }
     // A page becomes a tile, and low tiles are compressed badly. Sources with low bands are many.
     int pageSizeIsSupported(int x, int y, int z, int c, int pageX, int pageY, int pageZ, int pageC,
                             zelOrientation at) override {
@@ -58,18 +54,9 @@ public:
         pageZ = 1;
         pageC = c;
     }
-
-protected:
-    zelFile* newfileobj() override {
-        auto* const file = new (std::nothrow) Jp2File;
-        if (!file)
-            errno = ENOMEM;
-        return file;
-    }
 };
 
-// Building it registers the format, as the plug-in is loaded.
-Jp2Format registration;
+zelkit::FormatOf<Jp2File, Jp2Format> registration("JP2", jp2Capabilities);
 
 } // namespace
 

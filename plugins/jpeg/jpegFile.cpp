@@ -3,7 +3,6 @@
 #include "kit/exif.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <iterator>
 #include <new>
 
@@ -22,30 +21,7 @@ struct ColorSpace {
 constexpr ColorSpace colorSpaces[] = {
     {zelLuminance, JCS_GRAYSCALE}, {zelRGB, JCS_RGB}, {zelCMYK, JCS_CMYK}};
 
-zelStatus noMemory() {
-    return zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
-}
-
 } // namespace
-
-zelClassList JpegFile::classList("JpegFile", &zelFile::classList);
-
-char* JpegFile::getClassName(int parentIdx) const {
-    return classList.find(parentIdx);
-}
-
-const zelClassList* JpegFile::getClassId() const {
-    return &classList;
-}
-
-int JpegFile::derivesFrom(const zelClassList* className) const {
-    return classList.find(className);
-}
-
-char* JpegFile::getDefaultDescription() const {
-    static char description[] = "JPEG file";
-    return description;
-}
 
 void JpegFile::readOptions() {
     const zelkit::Argument known[] = {{"quality", &options_.quality, 1, 100},
@@ -58,7 +34,7 @@ void JpegFile::readOptions() {
 zelStatus JpegFile::openDecoder(bool quiet) {
     decoder_.reset(new (std::nothrow) Decoder(fd, nameForMessages(), quiet));
     decoderIsFresh_ = true;
-    return decoder_ ? decoder_->open(header_) : noMemory();
+    return decoder_ ? decoder_->open(header_) : zelkit::noMemory();
 }
 
 zelStatus JpegFile::openFile() {
@@ -103,11 +79,8 @@ zelStatus JpegFile::skipRows(int count) {
 zelStatus JpegFile::createFile() {
     readOptions();
     const auto* const known = std::ranges::find(colorSpaces, cm, &ColorSpace::model);
-    if (known == std::end(colorSpaces) || size.c != zelColorModelChans(cm)) {
-        zelError(zelSevWarning, "%s: JPEG has no such combination of colour model and channels",
-                 nameForMessages());
-        return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
-    }
+    if (known == std::end(colorSpaces) || size.c != zelColorModelChans(cm))
+        return refuseAttributes();
     header_ = {size.x, size.y, size.c, known->space};
     const zelStatus status = makeFile();
     return status == zelOKAY ? beginWriting() : status;
@@ -118,7 +91,7 @@ zelStatus JpegFile::startEncoding() {
     if (orientation != zelUpperLeftOrigin)
         metadata.fields.set(zelkit::exifOrientation, static_cast<double>(orientation));
     encoder_.reset(new (std::nothrow) Encoder(fd, nameForMessages()));
-    return encoder_ ? encoder_->open(header_, options_, metadata) : noMemory();
+    return encoder_ ? encoder_->open(header_, options_, metadata) : zelkit::noMemory();
 }
 
 zelStatus JpegFile::encodeRows(const std::uint8_t* rows, int count) {

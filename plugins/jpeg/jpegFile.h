@@ -4,6 +4,7 @@
 #include "decoder.h"
 #include "encoder.h"
 
+#include "kit/fileClass.h"
 #include "kit/scanlineFile.h"
 
 #include <memory>
@@ -11,18 +12,12 @@
 namespace zeljpeg {
 
 /// A JPEG file.
-class JpegFile final : public zelkit::ScanlineFile {
+class JpegFile final : public zelkit::FileClass<JpegFile, zelkit::ScanlineFile> {
 public:
-    static zelClassList classList;
-
-    JpegFile() = default;
-
-    char* getClassName(int parentIdx) const override;
-    const zelClassList* getClassId() const override;
-    int derivesFrom(const zelClassList* className) const override;
+    static constexpr char className[] = "JpegFile";
+    static constexpr char description[] = "JPEG file";
 
 protected:
-    char* getDefaultDescription() const override;
     zelStatus openFile() override;
     zelStatus createFile() override;
 
@@ -34,7 +29,6 @@ protected:
     zelStatus encodeRows(const std::uint8_t* rows, int count) override;
     zelStatus finishEncoding() override;
 
-    std::span<const zelTagDescription> tagDescriptions() const override { return tagTable(); }
     bool carriesIccProfile() const override { return true; }
 
 private:

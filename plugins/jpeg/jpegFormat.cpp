@@ -2,9 +2,6 @@
 
 #include "kit/tableFormat.h"
 
-#include <cerrno>
-#include <new>
-
 namespace zeljpeg {
 
 namespace {
@@ -26,26 +23,7 @@ constexpr zelkit::Capabilities jpegCapabilities = {
     .randomAccessWrite = false,
 };
 
-class JpegFormat final : public zelkit::TableFormat {
-public:
-    JpegFormat() : TableFormat("JPEG", jpegCapabilities) {}
-
-protected:
-    zelFile* newfileobj() override {
-        auto* const file = new (std::nothrow) JpegFile;
-        if (!file)
-            errno = ENOMEM;
-        return file;
-    }
-
-    zelTagDescription* _getTagDescriptions(int& count) override {
-        count = static_cast<int>(tagTable().size());
-        return const_cast<zelTagDescription*>(tagTable().data());
-    }
-};
-
-// Building it registers the format, as the plug-in is loaded.
-JpegFormat registration;
+zelkit::FormatOf<JpegFile> registration("JPEG", jpegCapabilities, tagTable());
 
 } // namespace
 

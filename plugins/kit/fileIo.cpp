@@ -21,6 +21,10 @@ zelStatus systemFailure(zelMainStatus main) {
     return zelStatusEncode(main, 1, errno);
 }
 
+zelStatus noMemory() {
+    return zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
+}
+
 zelStatus readSome(int fd, void* data, std::size_t bytes, std::int64_t offset, std::size_t& got) {
     got = 0;
     while (got < bytes) {

@@ -28,6 +28,9 @@ private:
 /// The status of a system call that failed just now: `main`, kind 1, with `errno`.
 zelStatus systemFailure(zelMainStatus main);
 
+/// The status of a lack of memory.
+zelStatus noMemory();
+
 /// Reads exactly `bytes` bytes from `offset` on; the descriptor's position stays.
 /// Fails with zelPREMATUREEOF if the file ends before, with zelREADFAILED and errno otherwise.
 zelStatus readExact(int fd, void* data, std::size_t bytes, std::int64_t offset);

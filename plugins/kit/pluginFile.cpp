@@ -1,5 +1,8 @@
 #include "kit/pluginFile.h"
 
+#include <zel/zelFormat.h>
+#include <zel/zelTypeNames.h>
+
 #include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
@@ -43,6 +46,28 @@ zelStatus PluginFile::makeFile() {
         return systemFailure(zelOPENFAILED);
     made_.reset(fd);
     return zelOKAY;
+}
+
+zelStatus PluginFile::refuseAttributes() const {
+    zelError(zelSevWarning,
+             "%s: %s has no form for %d x %d x %d pixels of %d channels of type %s as %s",
+             nameForMessages(), format ? format->getName() : "the format", size.x, size.y, size.z,
+             size.c, zelDataTypeName(dtype), zelColorModelName(cm));
+    return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
+}
+
+zelStatus PluginFile::setCurrentImg(int i) {
+    const zelStatus range = zelFile::setCurrentImg(i);
+    if (range != zelUNSUPPORTEDBYLIBRARY)
+        return range;
+    const zelStatus status = showImage(i);
+    if (status == zelOKAY)
+        markAttributesChanged();
+    return status;
+}
+
+zelStatus PluginFile::showImage(int) {
+    return zelStatusEncode(zelUNSUPPORTEDBYLIBRARY);
 }
 
 zelStatus PluginFile::closeDescriptor() {

@@ -14,10 +14,17 @@ namespace zelkit {
 /// link of its own in the chain of class identities; a plug-in's list has that of zelFile as
 /// parent.
 class PluginFile : public zelFile {
+public:
+    /// Shows another image by `showImage`, and marks the attributes as changed.
+    zelStatus setCurrentImg(int i) override;
+
 protected:
     PluginFile() = default;
     /// Closes the descriptor that `makeFile` opened, if `closeDescriptor` did not.
     ~PluginFile() override;
+
+    /// Shows an image that exists, by its index. The base answers zelUNSUPPORTEDBYLIBRARY.
+    virtual zelStatus showImage(int i);
 
     /// Reads the format arguments of the file's name into the variables of the table, by whole or
     /// shortened names. Anything else draws a warning and is ignored. To be called once in an
@@ -28,6 +35,10 @@ protected:
     /// is one and otherwise the file called `filename`, made or emptied.
     /// Fails with zelOPENFAILED or zelWRITEFAILED and errno, and zelBADPARAMS without any name.
     zelStatus makeFile();
+
+    /// For createFile: warns that the format has no form for the attributes, and answers
+    /// zelUNSUPPORTEDBYFORMAT.
+    zelStatus refuseAttributes() const;
 
     /// For closeFile: closes `fd`, whoever opened it. Fails with zelCLOSEFAILED and errno.
     zelStatus closeDescriptor();

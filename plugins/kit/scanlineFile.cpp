@@ -4,8 +4,9 @@
 #include "kit/palette.h"
 #include "kit/sizes.h"
 
+#include <zel/zelFormat.h>
+
 #include <algorithm>
-#include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
@@ -14,8 +15,10 @@ namespace zelkit {
 
 namespace {
 
-zelStatus noMemory() {
-    return zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
+std::span<const zelTagDescription> tagsOf(zelFormat* format) {
+    int count = 0;
+    const zelTagDescription* const first = format ? format->getTagDescriptions(count) : nullptr;
+    return {first, static_cast<std::size_t>(count)};
 }
 
 } // namespace
@@ -41,6 +44,7 @@ zelStatus ScanlineFile::beginReading() {
     if (size.x < 1 || size.y < 1 || size.c < 1 || !elements || *elements > INT_MAX)
         return zelStatusEncode(zelBADPARAMS);
     const auto bytes = static_cast<std::int64_t>(rowBytes());
+    order = zelInterleaved;
     pageSize = zelSize(size.x, bandRows(bytes, size.y), 1, size.c);
     use_ = Use::Reading;
     return makeBand();
@@ -249,7 +253,7 @@ zelStatus ScanlineFile::encodeRows(const std::uint8_t*, int) {
 }
 
 zelStatus ScanlineFile::finishEncoding() {
-    return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
+    return zelOKAY;
 }
 
 zelStatus ScanlineFile::getColormap(const zelColormap*& colormap) {
@@ -270,17 +274,13 @@ zelStatus ScanlineFile::setColormap(const zelColormap* colormap) {
     return zelOKAY;
 }
 
-std::span<const zelTagDescription> ScanlineFile::tagDescriptions() const {
-    return {};
-}
-
 zelStatus ScanlineFile::getItem(int tag, va_list args) {
-    return getField(fields, tagDescriptions(), tag, args);
+    return getField(fields, tagsOf(format), tag, args);
 }
 
 zelStatus ScanlineFile::setItem(int tag, va_list args) {
     const zelStatus status = checkHeaderOpen();
-    return status == zelOKAY ? setField(fields, tagDescriptions(), tag, args) : status;
+    return status == zelOKAY ? setField(fields, tagsOf(format), tag, args) : status;
 }
 
 bool ScanlineFile::carriesIccProfile() const {

@@ -11,7 +11,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <span>
 #include <vector>
 
 namespace zelkit {
@@ -31,7 +30,7 @@ namespace zelkit {
 ///   zelUNSUPPORTEDBYFORMAT if it was opened to be changed,
 /// - tags, colour map or profile after the first row: a warning and zelUNSUPPORTEDBYFORMAT.
 ///
-/// A subclass implements openFile, which fills the attributes but the page size and ends with
+/// A subclass implements openFile, which fills the attributes but order and page size and ends with
 /// `return beginReading();`, decodes rows, and if it can write implements createFile, which ends
 /// with `return beginWriting();`, and encodes rows. A row of a subclass is `rowBytes()` bytes: the
 /// elements of a row of pixels, 16-bit ones and wider in the machine's byte order, bits padded to
@@ -49,16 +48,16 @@ public:
     /// Sets `palette` to a copy with 3 or 4 channels of bytes and at most 256 entries.
     /// zelUNSUPPORTEDBYFILE if the file is no zelRGBPalette.
     zelStatus setColormap(const zelColormap* colormap) override;
-    /// From and to `fields`, by the table that `tagDescriptions` gives.
+    /// From and to `fields`, by the format's table of tags.
     zelStatus getItem(int tag, va_list args) override;
     zelStatus setItem(int tag, va_list args) override;
 
 protected:
     ScanlineFile() = default;
 
-    /// Sets the page size to bands of about 256 KiB and forgets what was decoded. To be called
-    /// whenever the subclass shows another image. zelBADPARAMS if a size is below 1 or too large,
-    /// zelMALLOCFAILED if there is no memory for a band.
+    /// Sets the order, and the page size to bands of about 256 KiB, and forgets what was decoded.
+    /// To be called whenever the subclass shows another image. zelBADPARAMS if a size is below 1 or
+    /// too large, zelMALLOCFAILED if there is no memory for a band.
     zelStatus beginReading();
     /// Starts an image that is to be written, with the page size that it has.
     /// zelUNSUPPORTEDBYFORMAT if its pages are no bands, zelMALLOCFAILED as above.
@@ -86,11 +85,9 @@ protected:
     /// Writes what stands before the first row. The base answers zelUNSUPPORTEDBYFORMAT.
     virtual zelStatus startEncoding();
     virtual zelStatus encodeRows(const std::uint8_t* rows, int count);
-    /// Writes what stands behind the last row.
+    /// Writes what stands behind the last row. The base has nothing to write.
     virtual zelStatus finishEncoding();
 
-    /// The tags that go through `fields`. The base has none.
-    virtual std::span<const zelTagDescription> tagDescriptions() const;
     /// Whether the format holds ICC profiles. The base says no.
     virtual bool carriesIccProfile() const;
 

@@ -13,7 +13,7 @@ namespace zelkit {
 namespace {
 
 bool maskHas(int mask, int value) {
-    return value > 0 && value < 31 && (mask >> value & 1) != 0;
+    return value >= -1 && value < 30 && (mask >> (value + 1) & 1) != 0;
 }
 
 bool within(int value, int most) {
@@ -28,8 +28,16 @@ void toFileFrame(int& x, int& y, zelOrientation orientation) {
 
 } // namespace
 
-TableFormat::TableFormat(const char* formatName, const Capabilities& capabilities)
-    : zelFormat(formatName, ZEL_VERSION_MAJOR, ZEL_VERSION_MINOR), table_(capabilities) {}
+TableFormat::TableFormat(const char* formatName, const Capabilities& capabilities,
+                         std::span<const zelTagDescription> tags)
+    : zelFormat(formatName, ZEL_VERSION_MAJOR, ZEL_VERSION_MINOR), table_(capabilities),
+      tags_(tags) {}
+
+// The interface gives what nobody changes without const.
+zelTagDescription* TableFormat::_getTagDescriptions(int& count) {
+    count = static_cast<int>(tags_.size());
+    return const_cast<zelTagDescription*>(tags_.data());
+}
 
 int TableFormat::typeIsSupported(zelDataType type) {
     return (table_.types & type) != 0;

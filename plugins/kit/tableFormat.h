@@ -2,9 +2,12 @@
 #define ZELKIT_TABLEFORMAT_H
 
 #include <zel/zelFormat.h>
+#include <zel/zelTag.h>
 
+#include <cerrno>
 #include <climits>
 #include <initializer_list>
+#include <new>
 #include <span>
 
 namespace zelkit {
@@ -39,23 +42,28 @@ struct Capabilities {
     bool randomAccessWrite = true;
 };
 
-/// The mask of some orientations or compressions: bit n stands for the enumerator of value n.
+/// The mask of some orientations or compressions: bit n + 1 stands for the enumerator of value n,
+/// for zelUnknownCompression is -1.
 template <typename Enumeration>
 constexpr int maskOf(std::initializer_list<Enumeration> members) {
     int mask = 0;
     for (const Enumeration member : members)
-        mask |= 1 << static_cast<int>(member);
+        mask |= 1 << (static_cast<int>(member) + 1);
     return mask;
 }
 
 /// The eight orientations.
-constexpr int allOrientations = 0x1fe;
+constexpr int allOrientations = 0x3fc;
 
 /// A format that answers all queries from a table, at the version of the library that it was built
 /// with. Pages are bands: full rows of all channels of one plane, about 256 KiB of them by default.
-/// A format with other pages overrides the two page queries. A plug-in adds `newfileobj`.
+/// A format with other pages overrides the two page queries. `FormatOf` makes its files.
 class TableFormat : public zelFormat {
 public:
+    /// Neither `capabilities` nor `tags` is copied: they live as long as the format.
+    TableFormat(const char* formatName, const Capabilities& capabilities,
+                std::span<const zelTagDescription> tags = {});
+
     int typeIsSupported(zelDataType type) override;
     int orderIsSupported(zelOrder order) override;
     int orientationIsSupported(zelOrientation orientation) override;
@@ -76,11 +84,27 @@ public:
                               int& pageC, zelOrientation orientation) override;
 
 protected:
-    /// `capabilities` is not copied and lives as long as the format.
-    TableFormat(const char* formatName, const Capabilities& capabilities);
+    zelTagDescription* _getTagDescriptions(int& count) override;
 
 private:
     const Capabilities& table_;
+    std::span<const zelTagDescription> tags_;
+};
+
+/// A format, `Format` or a class derived from it, whose files are of the class `File`. Building a
+/// static object of it registers the format, as the plug-in is loaded.
+template <typename File, typename Format = TableFormat>
+class FormatOf final : public Format {
+public:
+    using Format::Format;
+
+protected:
+    zelFile* newfileobj() override {
+        auto* const file = new (std::nothrow) File;
+        if (!file)
+            errno = ENOMEM;
+        return file;
+    }
 };
 
 } // namespace zelkit

@@ -7,7 +7,6 @@
 #include "kit/sizes.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <new>
 
@@ -34,10 +33,6 @@ constexpr ColorType colorTypes[] = {
     {zelRGBA, PNG_COLOR_TYPE_RGB_ALPHA},
 };
 
-zelStatus noMemory() {
-    return zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
-}
-
 int bitsOf(zelDataType type) {
     return type == zelBit ? 1 : type == zelUChar ? 8 : 16;
 }
@@ -51,25 +46,6 @@ bool canStore(const ColorType& color, int bits) {
 
 } // namespace
 
-zelClassList PngFile::classList("PngFile", &zelFile::classList);
-
-char* PngFile::getClassName(int parentIdx) const {
-    return classList.find(parentIdx);
-}
-
-const zelClassList* PngFile::getClassId() const {
-    return &classList;
-}
-
-int PngFile::derivesFrom(const zelClassList* className) const {
-    return classList.find(className);
-}
-
-char* PngFile::getDefaultDescription() const {
-    static char description[] = "PNG file";
-    return description;
-}
-
 void PngFile::readOptions() {
     const zelkit::Argument known[] = {{"level", &options_.level, 0, 9},
                                       {"filter", &options_.filter, 0, 0, filterNames}};
@@ -79,7 +55,7 @@ void PngFile::readOptions() {
 zelStatus PngFile::openDecoder(bool quiet) {
     decoder_.reset(new (std::nothrow) Decoder(fd, nameForMessages(), quiet));
     decoderIsFresh_ = true;
-    return decoder_ ? decoder_->open(header_) : noMemory();
+    return decoder_ ? decoder_->open(header_) : zelkit::noMemory();
 }
 
 zelStatus PngFile::openFile() {
@@ -121,7 +97,7 @@ zelStatus PngFile::decodeInterlaced() {
     const auto bytes =
         zelkit::checkedProduct({static_cast<std::int64_t>(header_.rowBytes), header_.height});
     if (!bytes || !image_.allocate(static_cast<std::size_t>(*bytes)))
-        return noMemory();
+        return zelkit::noMemory();
     const zelStatus status = decoder_->decodeImage(image_.data());
     decoder_.reset();
     if (status != zelOKAY)
@@ -150,11 +126,8 @@ zelStatus PngFile::createFile() {
     const auto* const color = std::ranges::find(colorTypes, cm, &ColorType::model);
     const int bits = bitsOf(dtype);
     if (color == std::end(colorTypes) || size.c != zelColorModelChans(cm) ||
-        !canStore(*color, bits)) {
-        zelError(zelSevWarning, "%s: PNG has no such combination of colour model and type",
-                 nameForMessages());
-        return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
-    }
+        !canStore(*color, bits))
+        return refuseAttributes();
     header_ = {size.x, size.y, bits, color->type, size.c, false, rowBytes()};
     if (cm == zelRGBPalette)
         palette = zelkit::greyPalette(1 << bits);
@@ -178,7 +151,7 @@ Metadata PngFile::metadataToWrite() const {
 
 zelStatus PngFile::startEncoding() {
     encoder_.reset(new (std::nothrow) Encoder(fd, nameForMessages(), false));
-    return encoder_ ? encoder_->open(header_, options_, metadataToWrite()) : noMemory();
+    return encoder_ ? encoder_->open(header_, options_, metadataToWrite()) : zelkit::noMemory();
 }
 
 zelStatus PngFile::encodeRows(const std::uint8_t* rows, int count) {

@@ -4,6 +4,7 @@
 #include "decoder.h"
 #include "encoder.h"
 
+#include "kit/fileClass.h"
 #include "kit/scanlineFile.h"
 
 #include <memory>
@@ -11,18 +12,12 @@
 namespace zelpng {
 
 /// A PNG file.
-class PngFile final : public zelkit::ScanlineFile {
+class PngFile final : public zelkit::FileClass<PngFile, zelkit::ScanlineFile> {
 public:
-    static zelClassList classList;
-
-    PngFile() = default;
-
-    char* getClassName(int parentIdx) const override;
-    const zelClassList* getClassId() const override;
-    int derivesFrom(const zelClassList* className) const override;
+    static constexpr char className[] = "PngFile";
+    static constexpr char description[] = "PNG file";
 
 protected:
-    char* getDefaultDescription() const override;
     zelStatus openFile() override;
     zelStatus createFile() override;
 
@@ -34,7 +29,6 @@ protected:
     zelStatus encodeRows(const std::uint8_t* rows, int count) override;
     zelStatus finishEncoding() override;
 
-    std::span<const zelTagDescription> tagDescriptions() const override { return tagTable(); }
     bool carriesIccProfile() const override { return true; }
 
 private:

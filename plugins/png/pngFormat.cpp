@@ -2,9 +2,6 @@
 
 #include "kit/tableFormat.h"
 
-#include <cerrno>
-#include <new>
-
 namespace zelpng {
 
 namespace {
@@ -26,26 +23,7 @@ constexpr zelkit::Capabilities pngCapabilities = {
     .randomAccessWrite = false,
 };
 
-class PngFormat final : public zelkit::TableFormat {
-public:
-    PngFormat() : TableFormat("PNG", pngCapabilities) {}
-
-protected:
-    zelFile* newfileobj() override {
-        auto* const file = new (std::nothrow) PngFile;
-        if (!file)
-            errno = ENOMEM;
-        return file;
-    }
-
-    zelTagDescription* _getTagDescriptions(int& count) override {
-        count = static_cast<int>(tagTable().size());
-        return const_cast<zelTagDescription*>(tagTable().data());
-    }
-};
-
-// Building it registers the format, as the plug-in is loaded.
-PngFormat registration;
+zelkit::FormatOf<PngFile> registration("PNG", pngCapabilities, tagTable());
 
 } // namespace
 

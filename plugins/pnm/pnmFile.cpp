@@ -25,10 +25,6 @@ std::unique_ptr<T[]> allocate(std::int64_t count) {
     return std::unique_ptr<T[]>(new (std::nothrow) T[static_cast<std::size_t>(count)]);
 }
 
-zelStatus noMemory() {
-    return zelkit::systemFailure(zelMALLOCFAILED);
-}
-
 // In a PFM the first row is the lowest.
 zelOrientation orientationOf(const Header& header) {
     return header.kind == Kind::pfm ? zelLowerLeftOrigin : zelUpperLeftOrigin;
@@ -65,25 +61,6 @@ zelStatus describeRows(Image& image, bool invert) {
 }
 
 } // namespace
-
-zelClassList PnmFile::classList("zelpnm::PnmFile", &zelFile::classList);
-
-char* PnmFile::getClassName(int parentIdx) const {
-    return classList.find(parentIdx);
-}
-
-const zelClassList* PnmFile::getClassId() const {
-    return &classList;
-}
-
-int PnmFile::derivesFrom(const zelClassList* className) const {
-    return classList.find(className);
-}
-
-char* PnmFile::getDefaultDescription() const {
-    static char text[] = "Portable anymap file";
-    return text;
-}
 
 // Opening
 
@@ -178,7 +155,7 @@ zelStatus PnmFile::getPage(void* data, int x, int y, int z, int c, int nx, int n
     const int step = std::min(rowsAtOnce(), ny);
     const auto buffer = allocate<std::uint8_t>(image_.rowBytes * step);
     if (!buffer)
-        return noMemory();
+        return zelkit::noMemory();
     zelStatus status = zelOKAY;
     for (int row = 0; status == zelOKAY && row < ny; row += step)
         status = readBand({y + row, std::min(step, ny - row)}, data, row, buffer.get());
@@ -222,7 +199,7 @@ zelStatus PnmFile::setPage(const void* data, int x, int y, int z, int c, int nx,
     const auto buffer = allocate<std::uint8_t>(image_.rowBytes * step);
     const auto text = allocate<char>(image_.textRowBytes);
     if (!buffer || !text)
-        return noMemory();
+        return zelkit::noMemory();
     zelStatus status = zelOKAY;
     for (int row = 0; status == zelOKAY && row < ny; row += step)
         status = writeBand({y + row, std::min(step, ny - row)}, data, row, buffer.get(),
@@ -353,7 +330,7 @@ zelStatus PnmFile::fillWithZeros(const Image& image) const {
     const auto elements = allocate<std::uint8_t>(image.rowBytes);
     const auto row = allocate<std::uint8_t>(stride);
     if (!elements || !row)
-        return noMemory();
+        return zelkit::noMemory();
     std::fill_n(elements.get(), image.rowBytes, std::uint8_t{0});
     std::uint8_t* const raw = header.plain ? elements.get() : row.get();
     image.codec.encode(elements.get(), 0, raw);

@@ -5,6 +5,7 @@
 #include "plainText.h"
 #include "rowCodec.h"
 
+#include "kit/fileClass.h"
 #include "kit/pluginFile.h"
 
 #include <zel/zelFileConfig.h>
@@ -32,13 +33,10 @@ struct Image {
 
 /// A file of the family. Pages are bands of rows. They are read straight from the file and written
 /// straight to it, in any order; nothing is held back.
-class PnmFile final : public zelkit::PluginFile {
+class PnmFile final : public zelkit::FileClass<PnmFile, zelkit::PluginFile> {
 public:
-    static zelClassList classList;
-
-    char* getClassName(int parentIdx) const override;
-    const zelClassList* getClassId() const override;
-    int derivesFrom(const zelClassList* className) const override;
+    static constexpr char className[] = "zelpnm::PnmFile";
+    static constexpr char description[] = "Portable anymap file";
 
     zelStatus getPage(void* data, int x, int y, int z, int c, int nx, int ny, int nz,
                       int nc) override;
@@ -57,7 +55,6 @@ public:
     zelStatus getScaleMinMax(double& min, double& max) override;
 
 protected:
-    char* getDefaultDescription() const override;
     zelStatus openFile() override;
     zelStatus createFile() override;
     zelStatus closeFile() override;

@@ -2,9 +2,6 @@
 
 #include "kit/tableFormat.h"
 
-#include <cerrno>
-#include <new>
-
 namespace zelpnm {
 
 namespace {
@@ -26,21 +23,7 @@ constexpr zelkit::Capabilities pnmCapabilities = {
     .colorModels = colorModels,
 };
 
-class PnmFormat final : public zelkit::TableFormat {
-public:
-    PnmFormat() : TableFormat("PNM", pnmCapabilities) {}
-
-protected:
-    zelFile* newfileobj() override {
-        auto* const file = new (std::nothrow) PnmFile;
-        if (!file)
-            errno = ENOMEM;
-        return file;
-    }
-};
-
-// Building it registers the format, as the plug-in is loaded.
-PnmFormat registration;
+zelkit::FormatOf<PnmFile> registration("PNM", pnmCapabilities);
 
 } // namespace
 

@@ -2,39 +2,9 @@
 
 #include "kit/palette.h"
 
-#include <zel/zelTypeNames.h>
-
 #include <algorithm>
-#include <cerrno>
 
 namespace zeltga {
-
-namespace {
-
-zelStatus noMemory() {
-    return zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
-}
-
-} // namespace
-
-zelClassList TgaFile::classList("zeltga::TgaFile", &zelFile::classList);
-
-char* TgaFile::getClassName(int parentIdx) const {
-    return classList.find(parentIdx);
-}
-
-const zelClassList* TgaFile::getClassId() const {
-    return &classList;
-}
-
-int TgaFile::derivesFrom(const zelClassList* className) const {
-    return classList.find(className);
-}
-
-char* TgaFile::getDefaultDescription() const {
-    static char text[] = "Targa file";
-    return text;
-}
 
 void TgaFile::readOptions() {
     const zelkit::Argument arguments[] = {{"rle", &rle_}};
@@ -58,7 +28,7 @@ zelStatus TgaFile::openFile() {
     if (cm == zelRGBPalette) {
         palette = zelkit::makePalette(header_.colors, header_.colorChannels);
         if (!palette)
-            return noMemory();
+            return zelkit::noMemory();
     }
     return beginReading();
 }
@@ -67,7 +37,8 @@ zelStatus TgaFile::startDecoding() {
     if (!header_.runLengths)
         return rows_.begin(fd, header_.dataOffset, header_.rowBytes(), header_.height);
     packets_.emplace(fd, header_.dataOffset, header_.pixelBytes);
-    return row_.allocate(static_cast<std::size_t>(header_.rowBytes())) ? zelOKAY : noMemory();
+    return row_.allocate(static_cast<std::size_t>(header_.rowBytes())) ? zelOKAY
+                                                                       : zelkit::noMemory();
 }
 
 zelStatus TgaFile::skipRows(int count) {
@@ -117,11 +88,8 @@ bool TgaFile::describeNewFile() {
 
 zelStatus TgaFile::createFile() {
     readOptions();
-    if (!describeNewFile()) {
-        zelError(zelSevWarning, "%s: a Targa file cannot hold %d x %d %s pixels of type %s",
-                 nameForMessages(), size.x, size.y, zelColorModelName(cm), zelDataTypeName(dtype));
-        return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
-    }
+    if (!describeNewFile())
+        return refuseAttributes();
     compression = rle_ ? zelUnknownCompression : zelNoCompression;
     if (cm == zelRGBPalette)
         palette = zelkit::greyPalette(zelkit::largestPalette);
@@ -144,7 +112,8 @@ zelStatus TgaFile::startEncoding() {
     end_ = header_.dataOffset;
     if (!rle_)
         return rows_.begin(fd, header_.dataOffset, header_.rowBytes(), header_.height);
-    return row_.allocate(static_cast<std::size_t>(header_.rowBytes())) ? zelOKAY : noMemory();
+    return row_.allocate(static_cast<std::size_t>(header_.rowBytes())) ? zelOKAY
+                                                                       : zelkit::noMemory();
 }
 
 zelStatus TgaFile::encodeRows(const std::uint8_t* rows, int count) {
@@ -168,10 +137,6 @@ void TgaFile::encodeRow(const std::uint8_t* elements, std::uint8_t* stored) cons
         pixels_.encode(elements, stored, size.x);
     else
         std::copy_n(elements, rowBytes(), stored);
-}
-
-zelStatus TgaFile::finishEncoding() {
-    return zelOKAY;
 }
 
 } // namespace zeltga

@@ -4,6 +4,7 @@
 #include "header.h"
 #include "packets.h"
 
+#include "kit/fileClass.h"
 #include "kit/fixedRows.h"
 #include "kit/packedPixels.h"
 #include "kit/scanlineFile.h"
@@ -14,16 +15,12 @@
 namespace zeltga {
 
 /// A Targa file. Rows are shown in the order and direction in which they are stored.
-class TgaFile final : public zelkit::ScanlineFile {
+class TgaFile final : public zelkit::FileClass<TgaFile, zelkit::ScanlineFile> {
 public:
-    static zelClassList classList;
-
-    char* getClassName(int parentIdx) const override;
-    const zelClassList* getClassId() const override;
-    int derivesFrom(const zelClassList* className) const override;
+    static constexpr char className[] = "zeltga::TgaFile";
+    static constexpr char description[] = "Targa file";
 
 protected:
-    char* getDefaultDescription() const override;
     zelStatus openFile() override;
     zelStatus createFile() override;
 
@@ -32,7 +29,6 @@ protected:
     zelStatus skipRows(int count) override;
     zelStatus startEncoding() override;
     zelStatus encodeRows(const std::uint8_t* rows, int count) override;
-    zelStatus finishEncoding() override;
 
 private:
     void readOptions();

@@ -2,9 +2,6 @@
 
 #include "kit/tableFormat.h"
 
-#include <cerrno>
-#include <new>
-
 namespace zeltga {
 
 namespace {
@@ -28,21 +25,7 @@ constexpr zelkit::Capabilities tgaCapabilities = {
     .randomAccessWrite = false,
 };
 
-class TgaFormat final : public zelkit::TableFormat {
-public:
-    TgaFormat() : TableFormat("TGA", tgaCapabilities) {}
-
-protected:
-    zelFile* newfileobj() override {
-        auto* const file = new (std::nothrow) TgaFile;
-        if (!file)
-            errno = ENOMEM;
-        return file;
-    }
-};
-
-// Building it registers the format, as the plug-in is loaded.
-TgaFormat registration;
+zelkit::FormatOf<TgaFile> registration("TGA", tgaCapabilities);
 
 } // namespace
 

@@ -18,7 +18,7 @@ constexpr unsigned one(zelTagType type) {
 }
 
 // Numbers of 16 bits without sign do not fit the short types.
-zelTagDescription descriptions[] = {
+constexpr zelTagDescription descriptions[] = {
     {TIFFTAG_XRESOLUTION, one(zelTagFloat), "Pixels per resolution unit in x", "XResolution", "",
      nullptr},
     {TIFFTAG_YRESOLUTION, one(zelTagFloat), "Pixels per resolution unit in y", "YResolution", "",
@@ -120,8 +120,7 @@ bool setText(TIFF* tiff, std::uint32_t tag, const char* text) {
 
 } // namespace
 
-zelTagDescription* tagDescriptions(int& count) {
-    count = static_cast<int>(std::size(descriptions));
+std::span<const zelTagDescription> tagTable() {
     return descriptions;
 }
 

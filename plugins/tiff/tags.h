@@ -6,11 +6,12 @@
 #include <zel/zelTag.h>
 
 #include <cstdarg>
+#include <span>
 
 namespace zeltiff {
 
 /// The tags that clients may read and write, by libtiff's numbers.
-zelTagDescription* tagDescriptions(int& count);
+std::span<const zelTagDescription> tagTable();
 
 /// Fetches a tag of the current directory through one pointer for each element. Strings stay the
 /// file's and are good until the tag is set or another image is shown.

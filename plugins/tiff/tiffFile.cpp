@@ -29,25 +29,6 @@ zelStatus firstFailure(zelStatus first, zelStatus second) {
 
 } // namespace
 
-zelClassList TiffFile::classList("TiffFile", &zelFile::classList);
-
-char* TiffFile::getClassName(int parentIdx) const {
-    return classList.find(parentIdx);
-}
-
-const zelClassList* TiffFile::getClassId() const {
-    return &classList;
-}
-
-int TiffFile::derivesFrom(const zelClassList* className) const {
-    return classList.find(className);
-}
-
-char* TiffFile::getDefaultDescription() const {
-    static char description[] = "TIFF file";
-    return description;
-}
-
 void TiffFile::readOptions() {
     const zelkit::Argument known[] = {{"bigtiff", &options_.bigTiff},
                                       {"predictor", &options_.predictor, 1, 3},

@@ -4,6 +4,7 @@
 #include "attributes.h"
 #include "pageReader.h"
 
+#include "kit/fileClass.h"
 #include "kit/pluginFile.h"
 
 #include <zel/zelColormap.h>
@@ -26,15 +27,10 @@ struct PageCache {
 
 /// A TIFF file. A new image's directory is written at once, so that a new file is from then on what
 /// an existing one opened for writing is.
-class TiffFile final : public zelkit::PluginFile {
+class TiffFile final : public zelkit::FileClass<TiffFile, zelkit::PluginFile> {
 public:
-    static zelClassList classList;
-
-    TiffFile() = default;
-
-    char* getClassName(int parentIdx) const override;
-    const zelClassList* getClassId() const override;
-    int derivesFrom(const zelClassList* className) const override;
+    static constexpr char className[] = "TiffFile";
+    static constexpr char description[] = "TIFF file";
 
     zelStatus flush() override;
     zelStatus getPage(void* data, int x, int y, int z, int c, int nx, int ny, int nz,
@@ -58,7 +54,6 @@ public:
     zelStatus setItem(int tag, va_list args) override;
 
 protected:
-    char* getDefaultDescription() const override;
     zelStatus openFile() override;
     zelStatus createFile() override;
     zelStatus closeFile() override;

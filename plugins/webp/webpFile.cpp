@@ -20,35 +20,12 @@ constexpr zelTagDescription animationTags[] = {
     {loopCountTag, zelkit::oneOf(zelTagInt), "How often the images are shown; 0 for ever",
      "LoopCount", "", nullptr}};
 
-zelStatus noMemory() {
-    return zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
-}
-
 } // namespace
 
-std::span<zelTagDescription> tagTable() {
-    static std::vector<zelTagDescription> table =
+std::span<const zelTagDescription> tagTable() {
+    static const std::vector<zelTagDescription> table =
         zelkit::joinTags({animationTags, zelkit::exifTagDescriptions()});
     return table;
-}
-
-zelClassList WebpFile::classList("zelwebp::WebpFile", &zelFile::classList);
-
-char* WebpFile::getClassName(int parentIdx) const {
-    return classList.find(parentIdx);
-}
-
-const zelClassList* WebpFile::getClassId() const {
-    return &classList;
-}
-
-int WebpFile::derivesFrom(const zelClassList* className) const {
-    return classList.find(className);
-}
-
-char* WebpFile::getDefaultDescription() const {
-    static char text[] = "WebP file";
-    return text;
 }
 
 // Without a quality the compression that was asked for decides.
@@ -73,10 +50,10 @@ zelStatus WebpFile::openFile() {
     iccProfile = container_.iccProfile;
     if (!container_.exif.empty())
         zelkit::readExif(container_.exif, fields);
-    return show(0);
+    return showImage(0);
 }
 
-zelStatus WebpFile::show(int i) {
+zelStatus WebpFile::showImage(int i) {
     const Frame& frame = container_.frames[static_cast<std::size_t>(i)];
     current_ = i;
     size = zelSize(container_.width, container_.height, 1, container_.hasAlpha ? 4 : 3);
@@ -96,21 +73,11 @@ int WebpFile::getNumImgs() {
     return container_.frames.empty() ? 1 : static_cast<int>(container_.frames.size());
 }
 
-zelStatus WebpFile::setCurrentImg(int i) {
-    const zelStatus range = zelFile::setCurrentImg(i);
-    if (range != zelUNSUPPORTEDBYLIBRARY)
-        return range;
-    const zelStatus status = show(i);
-    if (status == zelOKAY)
-        markAttributesChanged();
-    return status;
-}
-
 zelStatus WebpFile::startDecoding() {
     if (!source_)
         source_ = makeFrameSource(container_);
     row_ = 0;
-    return source_ ? source_->show(current_) : noMemory();
+    return source_ ? source_->show(current_) : zelkit::noMemory();
 }
 
 zelStatus WebpFile::decodeRows(std::uint8_t* rows, int count) {
@@ -129,11 +96,8 @@ zelStatus WebpFile::skipRows(int count) {
 
 zelStatus WebpFile::createFile() {
     readOptions();
-    if (size.c != zelColorModelChans(cm)) {
-        zelError(zelSevWarning, "%s: the number of channels is not that of the colour model",
-                 nameForMessages());
-        return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
-    }
+    if (size.c != zelColorModelChans(cm))
+        return refuseAttributes();
     compression = options_.lossless ? zelZIP : zelJPEG;
     const zelStatus status = makeFile();
     return status == zelOKAY ? beginWriting() : status;
@@ -147,7 +111,7 @@ zelStatus WebpFile::setItem(int tag, va_list args) {
 
 zelStatus WebpFile::startEncoding() {
     encoder_.reset(new (std::nothrow) Encoder);
-    return encoder_ ? encoder_->begin(size.x, size.y, size.c) : noMemory();
+    return encoder_ ? encoder_->begin(size.x, size.y, size.c) : zelkit::noMemory();
 }
 
 zelStatus WebpFile::encodeRows(const std::uint8_t* rows, int count) {

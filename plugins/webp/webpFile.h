@@ -5,6 +5,7 @@
 #include "encoder.h"
 #include "frameSource.h"
 
+#include "kit/fileClass.h"
 #include "kit/scanlineFile.h"
 
 #include <memory>
@@ -13,28 +14,22 @@
 namespace zelwebp {
 
 /// The tags: those of EXIF, and the duration and repetition of an animation.
-std::span<zelTagDescription> tagTable();
+std::span<const zelTagDescription> tagTable();
 
 /// A WebP file.
-class WebpFile final : public zelkit::ScanlineFile {
+class WebpFile final : public zelkit::FileClass<WebpFile, zelkit::ScanlineFile> {
 public:
-    static zelClassList classList;
-
-    WebpFile() = default;
-
-    char* getClassName(int parentIdx) const override;
-    const zelClassList* getClassId() const override;
-    int derivesFrom(const zelClassList* className) const override;
+    static constexpr char className[] = "zelwebp::WebpFile";
+    static constexpr char description[] = "WebP file";
 
     int getNumImgs() override;
     int getCurrentImg() override { return current_; }
-    zelStatus setCurrentImg(int i) override;
     zelStatus setItem(int tag, va_list args) override;
 
 protected:
-    char* getDefaultDescription() const override;
     zelStatus openFile() override;
     zelStatus createFile() override;
+    zelStatus showImage(int i) override;
 
     zelStatus startDecoding() override;
     zelStatus decodeRows(std::uint8_t* rows, int count) override;
@@ -44,14 +39,12 @@ protected:
     zelStatus encodeRows(const std::uint8_t* rows, int count) override;
     zelStatus finishEncoding() override;
 
-    std::span<const zelTagDescription> tagDescriptions() const override { return tagTable(); }
     bool carriesIccProfile() const override { return true; }
 
 private:
     ~WebpFile() override = default;
 
     void readOptions();
-    zelStatus show(int i);
 
     Options options_;
     Container container_;

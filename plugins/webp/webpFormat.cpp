@@ -2,8 +2,6 @@
 
 #include "kit/tableFormat.h"
 
-#include <cerrno>
-#include <new>
 #include <webp/encode.h>
 
 namespace zelwebp {
@@ -29,25 +27,7 @@ constexpr zelkit::Capabilities webpCapabilities = {
     .randomAccessWrite = false,
 };
 
-class WebpFormat final : public zelkit::TableFormat {
-public:
-    WebpFormat() : TableFormat("WEBP", webpCapabilities) {}
-
-protected:
-    zelFile* newfileobj() override {
-        auto* const file = new (std::nothrow) WebpFile;
-        if (!file)
-            errno = ENOMEM;
-        return file;
-    }
-    zelTagDescription* _getTagDescriptions(int& count) override {
-        count = static_cast<int>(tagTable().size());
-        return tagTable().data();
-    }
-};
-
-// Building it registers the format, as the plug-in is loaded.
-WebpFormat registration;
+zelkit::FormatOf<WebpFile> registration("WEBP", webpCapabilities, tagTable());
 
 } // namespace
 

@@ -1,14 +1,12 @@
-#include "format.h"
-
 #include "tags.h"
 #include "tiffFile.h"
 
 #include "kit/sizes.h"
+#include "kit/tableFormat.h"
 
 #include <zel/zelOrientation.h>
 
 #include <algorithm>
-#include <new>
 #include <utility>
 
 namespace zeltiff {
@@ -54,11 +52,16 @@ int preferredStripRows(int x, int y, int c) {
     return rows < y && rows > tileStep ? rows - rows % tileStep : rows;
 }
 
-TiffFormat theFormat;
+// Pages are strips, as wide as the image, or tiles of multiples of 16.
+class TiffFormat : public zelkit::TableFormat {
+public:
+    using TableFormat::TableFormat;
 
-} // namespace
-
-TiffFormat::TiffFormat() : TableFormat("TIFF", tiffCapabilities) {}
+    int pageSizeIsSupported(int x, int y, int z, int c, int pageX, int pageY, int pageZ, int pageC,
+                            zelOrientation orientation) override;
+    void getPreferredPageSize(int x, int y, int z, int c, int& pageX, int& pageY, int& pageZ,
+                              int& pageC, zelOrientation orientation) override;
+};
 
 int TiffFormat::pageSizeIsSupported(int x, int y, int z, int c, int pageX, int pageY, int pageZ,
                                     int pageC, zelOrientation orientation) {
@@ -90,12 +93,8 @@ void TiffFormat::getPreferredPageSize(int x, int y, int z, int c, int& pageX, in
     toFileFrame(pageX, pageY, orientation);
 }
 
-zelFile* TiffFormat::newfileobj() {
-    return new (std::nothrow) TiffFile;
-}
+zelkit::FormatOf<TiffFile, TiffFormat> registration("TIFF", tiffCapabilities, tagTable());
 
-zelTagDescription* TiffFormat::_getTagDescriptions(int& count) {
-    return tagDescriptions(count);
-}
+} // namespace
 
 } // namespace zeltiff
