@@ -40,6 +40,7 @@ protected:
 
     jpeg_error_mgr* errorManager() { return &errors_; }
     int fd() const { return fd_; }
+    const char* name() const { return name_.c_str(); }
 
 private:
     static void onError(j_common_ptr info);

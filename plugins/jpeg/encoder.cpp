@@ -13,17 +13,28 @@ namespace {
 constexpr std::size_t bufferBytes = 64 * 1024;
 constexpr std::size_t largestMarker = 65533;
 
-// The EXIF block, as a marker holds it; empty if there is nothing to say or too much.
+// What jpeg_write_icc_profile can number.
+constexpr std::size_t largestProfile = std::size_t{255} * 65519;
+
+// Ten of them fit in a marker with all else.
+constexpr std::size_t shortText = 4096;
+
+zelkit::Fields withoutLongTexts(const zelkit::Fields& fields) {
+    zelkit::Fields rest;
+    for (const auto& [tag, value] : fields.all()) {
+        const auto* const text = std::get_if<std::string>(&value);
+        if (!text || text->size() <= shortText)
+            rest.set(tag, value);
+    }
+    return rest;
+}
+
+// The EXIF block, as a marker holds it; empty if there is nothing to say.
 std::vector<std::uint8_t> exifMarkerOf(const zelkit::Fields& fields) {
-    zelkit::Fields rest = fields;
-    if (!losesResolution(fields))
-        for (const int tag :
-             {zelkit::exifXResolution, zelkit::exifYResolution, zelkit::exifResolutionUnit})
-            rest.erase(tag);
-    const std::vector<std::uint8_t> block = zelkit::writeExif(rest);
     std::vector<std::uint8_t> marker = {'E', 'x', 'i', 'f', 0, 0};
+    const std::vector<std::uint8_t> block = zelkit::writeExif(fields);
     marker.insert(marker.end(), block.begin(), block.end());
-    return block.empty() || marker.size() > largestMarker ? std::vector<std::uint8_t>() : marker;
+    return block.empty() ? std::vector<std::uint8_t>() : marker;
 }
 
 } // namespace
@@ -94,18 +105,36 @@ void Encoder::writeMarkers(const std::vector<std::uint8_t>& exif, const std::str
     if (comment)
         jpeg_write_marker(&info_, JPEG_COM, reinterpret_cast<const JOCTET*>(comment->data()),
                           static_cast<unsigned>(std::min(comment->size(), largestMarker)));
-    if (!profile.empty())
+    if (!profile.empty() && profile.size() <= largestProfile)
         jpeg_write_icc_profile(&info_, profile.data(), static_cast<unsigned>(profile.size()));
 }
 
+std::vector<std::uint8_t> Encoder::makeExif(const zelkit::Fields& fields, bool hasDensity) const {
+    zelkit::Fields rest = fields;
+    if (hasDensity && !losesResolution(fields))
+        for (const int tag :
+             {zelkit::exifXResolution, zelkit::exifYResolution, zelkit::exifResolutionUnit})
+            rest.erase(tag);
+    std::vector<std::uint8_t> marker = exifMarkerOf(rest);
+    if (marker.size() > largestMarker) {
+        zelError(zelSevWarning, "%s: texts of more than %d bytes do not fit in EXIF; left out",
+                 name(), static_cast<int>(shortText));
+        marker = exifMarkerOf(withoutLongTexts(rest));
+    }
+    return marker;
+}
+
 zelStatus Encoder::open(const Header& header, const Options& options, const Metadata& metadata) {
-    const std::vector<std::uint8_t> exif = exifMarkerOf(metadata.fields);
+    // Only grey and YCbCr files have the header that tells a density.
+    const std::vector<std::uint8_t> exif = makeExif(metadata.fields, header.colors != JCS_CMYK);
     const std::string* const comment = metadata.fields.text(commentTag);
     const Density density = densityOf(metadata.fields);
     const bool inverts = header.colors == JCS_CMYK;
     if (!buffer_.allocate(bufferBytes) ||
         (inverts && !row_.allocate(static_cast<std::size_t>(header.width) * 4)))
         return zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
+    if (metadata.iccProfile.size() > largestProfile)
+        zelError(zelSevWarning, "%s: the ICC profile is too large for JPEG; left out", name());
     return run([&] {
         jpeg_create_compress(&info_);
         setUp(header, options);

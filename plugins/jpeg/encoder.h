@@ -34,6 +34,7 @@ private:
     static void writeRest(j_compress_ptr info);
 
     void write(std::size_t bytes);
+    std::vector<std::uint8_t> makeExif(const zelkit::Fields& fields, bool hasDensity) const;
     void setUp(const Header& header, const Options& options);
     void writeMarkers(const std::vector<std::uint8_t>& exif, const std::string* comment,
                       const std::vector<std::uint8_t>& profile);

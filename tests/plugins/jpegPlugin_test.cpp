@@ -116,6 +116,21 @@ TEST_F(JpegExchange, TurnsInvertedInksRound) {
         EXPECT_NEAR(static_cast<unsigned char>(raw[c]), inks[c], 4);
 }
 
+TEST_F(JpegExchange, KeepsWhatDoesNotFitInItsUsualPlace) {
+    const zelSize size(8, 8, 1, 4);
+    zelFile* file = create(
+        "ink.jpg", zelFileConfig(&size, zelUChar, zelInterleaved, zelCMYK, zelRightUpperOrigin));
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(file->setTag(282, 300.0), zelOKAY);
+    EXPECT_EQ(file->setTag(283, 150.0), zelOKAY);
+    EXPECT_EQ(file->setTag(315, "somebody"), zelOKAY);
+    EXPECT_EQ(file->setTag(270, std::string(70000, 'x').c_str()), zelOKAY);
+    EXPECT_EQ(file->close(0), zelOKAY);
+    EXPECT_EQ(output("identify-im6.q16 -format '%[EXIF:XResolution] %[EXIF:YResolution] "
+                     "%[EXIF:Orientation] %[EXIF:Artist]' ink.jpg"),
+              "300/1 150/1 6 somebody");
+}
+
 TEST_F(JpegExchange, ReadsExifOfEitherByteOrder) {
     run("ppmmake red 4 3 | cjpeg >plain.jpg");
     const std::string plain = content("plain.jpg");
