@@ -12,7 +12,7 @@ BUILD := build/$(PRESET)
 ZEL := $(BUILD)/bin/zel
 DEMO := build/demo
 
-.PHONY: all configure demo test bench format lint docs clean
+.PHONY: all configure demo test bench bench-peers format lint docs clean
 
 all: configure
 	@echo "== Building everything in $(BUILD)"
@@ -47,6 +47,11 @@ test: all
 bench: all
 	@echo "== Running the benchmarks, for about a minute"
 	@bench/tables $(BUILD)
+
+bench-peers: all
+	@scripts/deps peers
+	@echo "== Converting the same files with zel and its peers, for about ten minutes"
+	@bench/peers --build $(BUILD)
 
 format:
 	@scripts/deps ci

@@ -2,6 +2,7 @@
 import json
 import math
 import os
+import re
 import statistics
 import unittest
 
@@ -33,6 +34,21 @@ class Formats(ToolTest):
             self.write("bad", b"format x\n")
             result = self.zel("formats", status=1, env=dict(os.environ, ZEL_DATABASE=name))
             self.assertIn(text, result.err)
+
+    def test_loads_only_the_plug_ins_that_are_needed(self):
+        def loaded(*words):
+            # The loader of glibc tells what it was asked for.
+            result = self.zel(*words, env=dict(os.environ, LD_DEBUG="files"))
+            self.assertIn("file=libzel.so.2", result.err)
+            return set(re.findall(r"file=\S*zel_(\w+)_d\.so", result.err))
+
+        self.scene("a.ppm")
+        self.zel("convert", "a.ppm", "a.png")
+        for words, plugins in [(["--version"], set()),
+                               (["info", "a.png"], {"png"}),
+                               (["info", "a.ppm"], {"pnm"}),
+                               (["convert", "a.png", "a.tif"], {"png", "tiff"})]:
+            self.assertEqual(loaded(*words), plugins, words)
 
 
 class Info(ToolTest):
