@@ -4,10 +4,13 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string_view>
 
 namespace zelgif {
 
 namespace {
+
+constexpr std::size_t longestComment = 1 << 20;
 
 // The steps through a file. After each, `error` tells whether giflib met one.
 class Scanner {
@@ -34,9 +37,16 @@ private:
         return result != GIF_ERROR;
     }
 
+    // giflib keeps a record and the colours of each image.
+    void forgetImages() {
+        GifFreeSavedImages(gif_);
+        gif_->ImageCount = 0;
+    }
+
     bool readFrame();
     bool readExtension();
     void takeBlock(int code, const GifByteType* block, bool first);
+    void takeComment(std::string_view part, bool first);
 
     Input& input_;
     GifFileType* gif_;
@@ -56,6 +66,7 @@ bool Scanner::readFrame() {
     frame.width = gif_->Image.Width;
     frame.height = gif_->Image.Height;
     frame.interlaced = gif_->Image.Interlace;
+    forgetImages();
     int codeSize = 0;
     GifByteType* block = nullptr;
     bool whole = good(DGifGetCode(gif_, &codeSize, &block));
@@ -78,12 +89,19 @@ bool Scanner::readExtension() {
     return whole;
 }
 
+void Scanner::takeComment(std::string_view part, bool first) {
+    std::string& comment = contents_.comment;
+    if (first && !comment.empty())
+        comment += '\n';
+    comment += part.substr(0, longestComment - std::min(comment.size(), longestComment));
+}
+
 void Scanner::takeBlock(int code, const GifByteType* block, bool first) {
     const std::size_t bytes = block[0];
     const GifByteType* const data = block + 1;
     GraphicsControlBlock control;
     if (code == COMMENT_EXT_FUNC_CODE) {
-        contents_.comment.append(reinterpret_cast<const char*>(data), bytes);
+        takeComment({reinterpret_cast<const char*>(data), bytes}, first);
     } else if (code == GRAPHICS_EXT_FUNC_CODE && first) {
         if (DGifExtensionToGCB(bytes, data, &control) != GIF_ERROR) {
             next_.disposal = control.DisposalMode;

@@ -135,6 +135,28 @@ TEST_F(Gif, WritesImagesThatOtherProgramsSee) {
     EXPECT_EQ(file->close(0), zelOKAY);
 }
 
+TEST_F(Gif, JoinsCommentsAndBoundsThem) {
+    run("convert-im6.q16 rose: -colors 31 s.gif");
+    const std::string plain = content("s.gif");
+    const std::size_t head = 13 + 32 * 3;
+    const std::string part = std::string(1, '\xff') + std::string(255, 'x');
+    std::string longOne = "!\xfe";
+    for (int i = 0; i < 5000; i++)
+        longOne += part;
+    const std::string extensions[] = {std::string("!\xfe\3one\0!\xfe\3two\0", 14), longOne + '\0'};
+    const std::string expected[] = {"one\ntwo", std::string(1 << 20, 'x')};
+    for (int i = 0; i < 2; i++) {
+        write("c.gif", plain.substr(0, head) + extensions[i] + plain.substr(head));
+        zelFile* const file = open("c.gif");
+        ASSERT_NE(file, nullptr);
+        char* comment = nullptr;
+        EXPECT_EQ(file->getTag(1, &comment), zelOKAY);
+        EXPECT_TRUE(comment && comment == expected[i]);
+        EXPECT_TRUE(read("c.gif") == read("s.gif"));
+        EXPECT_EQ(file->close(0), zelOKAY);
+    }
+}
+
 TEST_F(Gif, NoticesMissingPixels) {
     run("convert-im6.q16 rose: -colors 31 s.gif && convert-im6.q16 s.gif -interlace GIF i.gif");
     for (const std::string name : {"s.gif", "i.gif"}) {
