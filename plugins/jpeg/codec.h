@@ -21,7 +21,7 @@ public:
     Codec& operator=(const Codec&) = delete;
 
     /// The file, and its name in reports. A quiet codec reports nothing.
-    Codec(int fd, const char* name, bool quiet);
+    Codec(int fd, const char* name, bool quiet = false);
 
 protected:
     ~Codec() = default;

@@ -156,6 +156,7 @@ void Decoder::getMetadata(Metadata& metadata) {
 }
 
 zelStatus Decoder::start() {
+    started_ = true;
     return run([this] { jpeg_start_decompress(&info_); });
 }
 

@@ -30,6 +30,8 @@ public:
     /// Of what `open` has read.
     void getMetadata(Metadata& metadata);
 
+    /// Whether `start` may be called: once.
+    bool canStart() const { return !started_; }
     /// Gets ready for the first row; a file of several scans is read whole.
     zelStatus start();
     /// Decodes the next rows.
@@ -52,6 +54,7 @@ private:
     zelkit::Buffer buffer_;
     std::int64_t position_ = 0; ///< behind what the buffer holds
     std::int64_t length_ = 0;
+    bool started_ = false;
     bool inverted_ = false; ///< 0 stands for full ink
 };
 

@@ -39,7 +39,7 @@ std::vector<std::uint8_t> exifMarkerOf(const zelkit::Fields& fields) {
 
 } // namespace
 
-Encoder::Encoder(int fd, const char* name) : Codec(fd, name, false) {
+Encoder::Encoder(int fd, const char* name) : Codec(fd, name) {
     info_.err = errorManager();
     info_.client_data = static_cast<Codec*>(this);
 }

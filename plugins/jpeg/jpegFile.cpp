@@ -1,10 +1,7 @@
 #include "jpegFile.h"
 
-#include "kit/exif.h"
-
 #include <algorithm>
 #include <iterator>
-#include <new>
 
 namespace zeljpeg {
 
@@ -31,49 +28,16 @@ void JpegFile::readOptions() {
     readArguments(known);
 }
 
-zelStatus JpegFile::openDecoder(bool quiet) {
-    decoder_.reset(new (std::nothrow) Decoder(fd, nameForMessages(), quiet));
-    decoderIsFresh_ = true;
-    return decoder_ ? decoder_->open(header_) : zelkit::noMemory();
-}
-
-zelStatus JpegFile::openFile() {
-    readOptions();
-    const zelStatus status = openDecoder(false);
-    if (status != zelOKAY)
-        return status;
+void JpegFile::describe(Decoder& decoder) {
     Metadata metadata;
-    decoder_->getMetadata(metadata);
+    decoder.getMetadata(metadata);
     fields = std::move(metadata.fields);
     iccProfile = std::move(metadata.iccProfile);
-    showHeader();
-    return beginReading();
-}
-
-void JpegFile::showHeader() {
     const auto* const known = std::ranges::find(colorSpaces, header_.colors, &ColorSpace::space);
     size = zelSize(header_.width, header_.height, 1, header_.channels);
     dtype = zelUChar;
-    order = zelInterleaved;
     cm = known == std::end(colorSpaces) ? zelMultiSpectral : known->model;
-    orientation = zelkit::orientationOf(fields);
     compression = zelJPEG;
-}
-
-zelStatus JpegFile::startDecoding() {
-    zelStatus status = zelOKAY;
-    if (!decoderIsFresh_)
-        status = openDecoder(true);
-    decoderIsFresh_ = false;
-    return status == zelOKAY ? decoder_->start() : status;
-}
-
-zelStatus JpegFile::decodeRows(std::uint8_t* rows, int count) {
-    return decoder_->decodeRows(rows, count);
-}
-
-zelStatus JpegFile::skipRows(int count) {
-    return decoder_->skipRows(count);
 }
 
 zelStatus JpegFile::createFile() {
@@ -86,22 +50,8 @@ zelStatus JpegFile::createFile() {
     return status == zelOKAY ? beginWriting() : status;
 }
 
-zelStatus JpegFile::startEncoding() {
-    Metadata metadata{fields, iccProfile};
-    if (orientation != zelUpperLeftOrigin)
-        metadata.fields.set(zelkit::exifOrientation, static_cast<double>(orientation));
-    encoder_.reset(new (std::nothrow) Encoder(fd, nameForMessages()));
-    return encoder_ ? encoder_->open(header_, options_, metadata) : zelkit::noMemory();
-}
-
-zelStatus JpegFile::encodeRows(const std::uint8_t* rows, int count) {
-    return encoder_->encodeRows(rows, count);
-}
-
-zelStatus JpegFile::finishEncoding() {
-    const zelStatus status = encoder_->finish();
-    encoder_.reset();
-    return status;
+zelStatus JpegFile::open(Encoder& encoder) {
+    return encoder.open(header_, options_, {fieldsToWrite(), iccProfile});
 }
 
 } // namespace zeljpeg

@@ -22,7 +22,7 @@ public:
 
     /// Where libpng's bytes come from or go to, and the file's name in reports. A quiet codec
     /// reports nothing.
-    Codec(int fd, const char* name, bool quiet);
+    Codec(int fd, const char* name, bool quiet = false);
 
 protected:
     ~Codec() = default;

@@ -1,10 +1,11 @@
 #include "decoder.h"
 
+#include "kit/fileIo.h"
 #include "kit/sizes.h"
 
 #include <bit>
-#include <cerrno>
 #include <climits>
+#include <cstring>
 
 namespace zelpng {
 
@@ -70,7 +71,7 @@ zelStatus Decoder::open(Header& header) {
     if (isReady())
         png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, onError, onWarning);
     if (!png_)
-        return zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
+        return zelkit::noMemory();
     zelStatus status = run([this] {
         info_ = png_create_info_struct(png_);
         png_set_read_fn(png_, this, read);
@@ -98,7 +99,19 @@ zelStatus Decoder::readEnd() {
     return run([this] { png_read_end(png_, nullptr); });
 }
 
+zelStatus Decoder::start() {
+    started_ = true;
+    row_ = 0;
+    return header_.interlaced && image_.size() == 0 ? decodeImage() : zelOKAY;
+}
+
 zelStatus Decoder::decodeRows(std::uint8_t* rows, int count) {
+    if (header_.interlaced) {
+        std::memcpy(rows, image_.data() + header_.rowBytes * static_cast<std::size_t>(row_),
+                    header_.rowBytes * static_cast<std::size_t>(count));
+        row_ += count;
+        return zelOKAY;
+    }
     const std::size_t step = rows ? header_.rowBytes : 0;
     const zelStatus status = run([=, this] {
         for (int i = 0; i < count; i++)
@@ -108,14 +121,32 @@ zelStatus Decoder::decodeRows(std::uint8_t* rows, int count) {
     return status == zelOKAY && row_ == header_.height ? readEnd() : status;
 }
 
-zelStatus Decoder::decodeImage(std::uint8_t* rows) {
+zelStatus Decoder::skipRows(int count) {
+    if (!header_.interlaced)
+        return decodeRows(nullptr, count);
+    row_ += count;
+    return zelOKAY;
+}
+
+zelStatus Decoder::decodeImage() {
     constexpr int passes = 7;
-    const zelStatus status = run([=, this] {
+    const auto bytes =
+        zelkit::checkedProduct({static_cast<std::int64_t>(header_.rowBytes), header_.height});
+    zelkit::Buffer image;
+    if (!bytes || !image.allocate(static_cast<std::size_t>(*bytes)))
+        return zelkit::noMemory();
+    zelStatus status = run([&, this] {
         for (int pass = 0; pass < passes; pass++)
             for (int i = 0; i < header_.height; i++)
-                png_read_row(png_, rows + static_cast<std::size_t>(i) * header_.rowBytes, nullptr);
+                png_read_row(png_, image.data() + static_cast<std::size_t>(i) * header_.rowBytes,
+                             nullptr);
     });
-    return status == zelOKAY ? readEnd() : status;
+    if (status == zelOKAY)
+        status = readEnd();
+    if (status == zelOKAY)
+        image_ = std::move(image);
+    png_destroy_read_struct(&png_, &info_, nullptr);
+    return status;
 }
 
 } // namespace zelpng

@@ -30,19 +30,24 @@ public:
     /// Of what `open` has read.
     void getMetadata(Metadata& metadata);
 
-    /// Decodes the next rows of an image that is not interlaced; with null, passes over them.
+    /// Whether `start` may be called: once, and again if the image is interlaced.
+    bool canStart() const { return !started_ || image_.size() > 0; }
+    /// Goes to the first row; an interlaced image is decoded whole and kept.
+    zelStatus start();
     zelStatus decodeRows(std::uint8_t* rows, int count);
-    /// Decodes an interlaced image.
-    zelStatus decodeImage(std::uint8_t* rows);
+    zelStatus skipRows(int count);
 
 private:
+    zelStatus decodeImage();
     zelStatus checkLength(const Header& header) const;
     zelStatus readEnd();
 
     png_structp png_ = nullptr;
     png_infop info_ = nullptr;
     Header header_;
-    int row_ = 0;
+    zelkit::Buffer image_; ///< of an interlaced file, once it is decoded
+    int row_ = 0;          ///< the next one
+    bool started_ = false;
 };
 
 } // namespace zelpng

@@ -2,13 +2,9 @@
 
 #include "laterChunks.h"
 
-#include "kit/exif.h"
 #include "kit/palette.h"
-#include "kit/sizes.h"
 
 #include <algorithm>
-#include <cstring>
-#include <new>
 
 namespace zelpng {
 
@@ -52,73 +48,17 @@ void PngFile::readOptions() {
     readArguments(known);
 }
 
-zelStatus PngFile::openDecoder(bool quiet) {
-    decoder_.reset(new (std::nothrow) Decoder(fd, nameForMessages(), quiet));
-    decoderIsFresh_ = true;
-    return decoder_ ? decoder_->open(header_) : zelkit::noMemory();
-}
-
-zelStatus PngFile::openFile() {
-    readOptions();
-    const zelStatus status = openDecoder(false);
-    if (status != zelOKAY)
-        return status;
+void PngFile::describe(Decoder& decoder) {
     Metadata metadata;
-    decoder_->getMetadata(metadata);
+    decoder.getMetadata(metadata);
     readLaterChunks(fd, nameForMessages(), metadata);
     fields = std::move(metadata.fields);
     iccProfile = std::move(metadata.iccProfile);
     palette = zelkit::makePalette(metadata.colors, metadata.colorChannels);
-    showHeader();
-    return beginReading();
-}
-
-void PngFile::showHeader() {
     size = zelSize(header_.width, header_.height, 1, header_.channels);
     dtype = header_.bits == 1 ? zelBit : header_.bits == 8 ? zelUChar : zelUShort;
-    order = zelInterleaved;
     cm = std::ranges::find(colorTypes, header_.colorType, &ColorType::type)->model;
-    orientation = zelkit::orientationOf(fields);
     compression = zelZIP;
-}
-
-zelStatus PngFile::startDecoding() {
-    row_ = 0;
-    if (image_.size() > 0)
-        return zelOKAY;
-    zelStatus status = zelOKAY;
-    if (!decoderIsFresh_)
-        status = openDecoder(true);
-    decoderIsFresh_ = false;
-    return status == zelOKAY && header_.interlaced ? decodeInterlaced() : status;
-}
-
-zelStatus PngFile::decodeInterlaced() {
-    const auto bytes =
-        zelkit::checkedProduct({static_cast<std::int64_t>(header_.rowBytes), header_.height});
-    if (!bytes || !image_.allocate(static_cast<std::size_t>(*bytes)))
-        return zelkit::noMemory();
-    const zelStatus status = decoder_->decodeImage(image_.data());
-    decoder_.reset();
-    if (status != zelOKAY)
-        image_ = zelkit::Buffer();
-    return status;
-}
-
-zelStatus PngFile::decodeRows(std::uint8_t* rows, int count) {
-    if (!header_.interlaced)
-        return decoder_->decodeRows(rows, count);
-    const std::size_t bytes = header_.rowBytes * static_cast<std::size_t>(count);
-    std::memcpy(rows, image_.data() + header_.rowBytes * static_cast<std::size_t>(row_), bytes);
-    row_ += count;
-    return zelOKAY;
-}
-
-zelStatus PngFile::skipRows(int count) {
-    if (!header_.interlaced)
-        return decoder_->decodeRows(nullptr, count);
-    row_ += count;
-    return zelOKAY;
 }
 
 zelStatus PngFile::createFile() {
@@ -136,9 +76,7 @@ zelStatus PngFile::createFile() {
 }
 
 Metadata PngFile::metadataToWrite() const {
-    Metadata metadata{fields, iccProfile, {}, 3};
-    if (orientation != zelUpperLeftOrigin)
-        metadata.fields.set(zelkit::exifOrientation, static_cast<double>(orientation));
+    Metadata metadata{fieldsToWrite(), iccProfile, {}, 3};
     if (!palette)
         return metadata;
     metadata.colorChannels = palette->getNumChans();
@@ -149,19 +87,8 @@ Metadata PngFile::metadataToWrite() const {
     return metadata;
 }
 
-zelStatus PngFile::startEncoding() {
-    encoder_.reset(new (std::nothrow) Encoder(fd, nameForMessages(), false));
-    return encoder_ ? encoder_->open(header_, options_, metadataToWrite()) : zelkit::noMemory();
-}
-
-zelStatus PngFile::encodeRows(const std::uint8_t* rows, int count) {
-    return encoder_->encodeRows(rows, count);
-}
-
-zelStatus PngFile::finishEncoding() {
-    const zelStatus status = encoder_->finish();
-    encoder_.reset();
-    return status;
+zelStatus PngFile::open(Encoder& encoder) {
+    return encoder.open(header_, options_, metadataToWrite());
 }
 
 } // namespace zelpng
