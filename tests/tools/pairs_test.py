@@ -1,7 +1,6 @@
-"""Every kind of picture to every format: what a person expects comes out, or a clear error."""
+"""Every kind of picture to every format: what a person expects comes out."""
 import array
 import json
-import os
 import unittest
 
 from support import ToolTest, command, pfm, pgm
@@ -11,9 +10,8 @@ WIDTH, HEIGHT = 61, 43
 # largest of three, and JPEG is lossy and counted by the mean.
 FORMATS = {"pnm": 0, "tif": 0, "png": 0, "jpg": 6, "gif": 0, "webp": 0, "jp2": 0, "exr": 0,
            "bmp": 0, "tga": 0, "hdr": 2, "fits": 0}
-# What a format cannot hold in any form.
-REFUSED = {("gif", "photo"), ("gif", "alpha"), ("gif", "deep"), ("gif", "real"),
-           ("gif", "bits")}
+# GIF has 256 colours, and dots of these for what is between them.
+REDUCED = {("gif", "photo"): 6, ("gif", "alpha"): 6}
 
 
 class Pairs(ToolTest):
@@ -38,22 +36,6 @@ class Pairs(ToolTest):
         self.write("palette.gif", command("pamtogif", stdin=few))
         self.write("few.ppm", few)
 
-    def convert(self, source, target):
-        """Whether the picture was converted; otherwise one clear line and no file are left."""
-        if self.status(source, target) == 0:
-            return True
-        lines = self.error.strip().split("\n")
-        self.assertEqual(len(lines), 1, lines)
-        self.assertRegex(lines[0], "^zel: %s: .*cannot" % target)
-        self.assertFalse(os.path.exists(target))
-        return False
-
-    def status(self, source, target):
-        result = self.run_zel("convert", source, target)
-        self.error = result.stderr.decode()
-        self.assertIn(result.returncode, (0, 1), self.error)
-        return result.returncode
-
     def pixels(self, name):
         """The picture as netpbm is handed it: upright 8-bit samples of red, green and blue."""
         self.zel("convert", name, "seen.ppm", "--type", "u8", "--model", "rgb", "--order",
@@ -62,21 +44,26 @@ class Pairs(ToolTest):
         self.assertEqual((header, size), (b"P6", b"%d %d" % (WIDTH, HEIGHT)))
         return array.array("B", data)
 
+    def opacities(self, kind):
+        """The alpha of each sample of the picture, which is its luminance."""
+        alpha = self.read("grey.pgm")[-WIDTH * HEIGHT:] if kind == "alpha" else b"\xff" * WIDTH * HEIGHT
+        return [value for value in alpha for _ in range(3)]
+
     def check(self, source, kind):
         expected = self.pixels(source)
         for suffix, tolerance in FORMATS.items():
             target = "%s_out.%s" % (kind, suffix)
             with self.subTest(target):
-                converted = self.convert(source, target)
-                self.assertEqual(converted, (suffix, kind) not in REFUSED, target)
-                if not converted:
-                    continue
+                self.zel("convert", source, target)
                 info = json.loads(self.zel("info", "--json", target).out)[0]
                 self.assertEqual((info["width"], info["height"]), (WIDTH, HEIGHT))
-                errors = [abs(a - b) for a, b in zip(self.pixels(target), expected)]
+                errors = [abs(a - b) for a, b, opacity in
+                          zip(self.pixels(target), expected, self.opacities(kind))
+                          if opacity >= 128 or suffix != "gif"]
                 # Blocks of a lossy picture ring at the edges of a palette's areas.
-                error = sum(errors) / len(errors) if suffix == "jpg" else max(errors)
-                self.assertLessEqual(error, tolerance, target)
+                byMean = suffix == "jpg" or (suffix, kind) in REDUCED
+                error = sum(errors) / len(errors) if byMean else max(errors)
+                self.assertLessEqual(error, REDUCED.get((suffix, kind), tolerance), target)
 
     def test_photo(self):
         self.check("photo.ppm", "photo")

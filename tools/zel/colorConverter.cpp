@@ -56,22 +56,23 @@ LuminanceWeights parseWeights(const std::string& option, const std::string& text
     return {parts[0] / sum, parts[1] / sum, parts[2] / sum};
 }
 
-Palette::Palette(const zelColormap& map) : first(map.getDomainMin()), type(zelUChar) {
+Palette::Palette(const zelColormap& map)
+    : first(map.getDomainMin()), type(zelUChar), alpha(map.getNumChans() > 3) {
     const double step = map.getLength() > 1 ? map.getDomainStep() : 1;
     const int last = map.getNumChans() - 1;
     bool fitsBytes = true;
     for (int i = 0; i < map.getLength(); ++i) {
         const double index = first + i * step;
         const Color color{map.getVal(index, 0), map.getVal(index, std::min(1, last)),
-                          map.getVal(index, std::min(2, last)), 0};
-        for (const double part : {color.red, color.green, color.blue}) {
+                          map.getVal(index, std::min(2, last)), map.getVal(index, 3)};
+        for (const double part : {color.red, color.green, color.blue, color.alpha}) {
             fitsBytes = fitsBytes && std::fmod(part, 257) == 0;
         }
         colors.push_back(color);
     }
     if (map.getDataType() == zelUShort && fitsBytes) {
         for (Color& color : colors) {
-            color = {color.red / 257, color.green / 257, color.blue / 257, 0};
+            color = {color.red / 257, color.green / 257, color.blue / 257, color.alpha / 257};
         }
     } else {
         type = map.getDataType();
@@ -135,7 +136,7 @@ void ColorConverter::decode(std::span<const double> in) {
     case zelRGBPalette:
         return run([=, this](Color& c, const double* s) {
             c = terms.palette->color(s[0]);
-            c.alpha = opaque;
+            c.alpha = terms.palette->hasAlpha() ? c.alpha : opaque;
         });
     default:
         return run([=](Color& c, const double* s) { c = {s[0], s[1], s[2], opaque}; });

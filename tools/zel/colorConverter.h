@@ -40,6 +40,8 @@ public:
 
     /// The type that the colours need: that of the map, or unsigned char if 8 bits say it all.
     zelDataType colorType() const { return type; }
+    /// Whether the colours have an alpha of their own.
+    bool hasAlpha() const { return alpha; }
     /// The colour of an index, in numbers of `colorType`; an index beyond the ends has that of the
     /// nearest end.
     Color color(double index) const;
@@ -48,6 +50,7 @@ private:
     std::vector<Color> colors;
     double first;
     zelDataType type;
+    bool alpha;
 };
 
 /// Turns pixels of one colour model into pixels of another.

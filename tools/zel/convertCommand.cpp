@@ -16,6 +16,7 @@ struct Words {
     std::string values = "scale";
     std::string range;
     std::string weights = "rec601";
+    std::string dither = "diffusion";
     bool allImages = false;
     bool strip = false;
 };
@@ -76,6 +77,13 @@ ValueRange parseRange(const std::string& option, const std::string& word) {
     return {ends[0], ends[1]};
 }
 
+bool parseDither(const std::string& option, const std::string& word) {
+    if (word != "diffusion" && word != "none") {
+        throw UsageError{option + ": \"" + word + "\" is none of diffusion, none"};
+    }
+    return word == "diffusion";
+}
+
 ConvertOptions interpret(const Words& words) {
     ConvertOptions options;
     if (!words.format.empty()) {
@@ -96,6 +104,7 @@ ConvertOptions interpret(const Words& words) {
     options.pixels.mode = parseValues("--values", words.values);
     options.pixels.inputRange = given<ValueRange>("--range", words.range, parseRange);
     options.pixels.weights = parseWeights("--weights", words.weights);
+    options.dithers = parseDither("--dither", words.dither);
     options.allImages = words.allImages;
     options.strip = words.strip;
     if (options.pixels.inputRange && options.pixels.mode != ValueMode::scale) {
@@ -122,7 +131,7 @@ Command addConvertCommand(CLI::App& app) {
                         "Corner of the first pixel: upper-left, lower-left, left-upper, ... The "
                         "pixels move, so that the picture stays");
     command->add_option("--model", words->model,
-                        "Colour model: luminance, RGB, RGBA, negative, ...");
+                        "Colour model: luminance, RGB, RGBA, palette, negative, ...");
     command->add_option("--compression", words->compression,
                         "none, lzw, zip, jpeg, packbits, fax3, fax4");
     command->add_option("--page", words->page, "Size WxH of the pages that OUT is stored in");
@@ -141,6 +150,11 @@ Command addConvertCommand(CLI::App& app) {
     command
         ->add_option("--weights", words->weights,
                      "Parts of red, green and blue in luminance: rec601, rec709, average, R,G,B")
+        ->capture_default_str();
+    command
+        ->add_option("--dither", words->dither,
+                     "Where colours are reduced to a palette: diffusion spreads the error over the "
+                     "neighbours, none takes the nearest colour")
         ->capture_default_str();
     command->add_flag("--all", words->allImages, "Take every image of the file");
     command->add_flag("--strip", words->strip,

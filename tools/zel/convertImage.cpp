@@ -1,5 +1,6 @@
 #include "convertImage.h"
 
+#include "colorSurvey.h"
 #include "formatList.h"
 #include "imageName.h"
 #include "metadata.h"
@@ -36,7 +37,6 @@ public:
             makeImage(source, options, format, shownName,
                       [&](zelFileConfig& config) { return create(config); });
         }
-        carryPalette(source);
         fill(source);
     }
 
@@ -92,27 +92,33 @@ private:
     }
 
     void carryPalette(const SourceImage& source) {
-        if (source.palette && file->getColorModel() == zelRGBPalette) {
-            const zelColormap* map = nullptr;
-            require(source.name, source.file.getColormap(map));
-            require(shownName, file->setColormap(map));
-        }
+        const zelColormap* map = nullptr;
+        require(source.name, source.file.getColormap(map));
+        require(shownName, file->setColormap(map));
     }
 
-    PlaneView viewOf(const SourceImage& source) const {
-        const zelOrientation orientation = file->getOrientation();
-        zelSize size;
-        source.file.getSize(size, orientation);
-        zelTile2D<int> tile = source.region;
-        zelMapTile(zelUpperLeftOrigin, tile, orientation, size);
-        return {orientation, tile};
+    PaletteMapper makePalette(const SourceImage& source) {
+        const ColorHistogram colors = surveyColors(source, options.pixels, shownName);
+        ReducedPalette palette = reduceColors(colors);
+        const zelColormap map = palette.colormap();
+        require(shownName, file->setColormap(&map));
+        reducesColors = reducesColors || !palette.exact;
+        cutsAlpha = cutsAlpha || colors.hasPartialAlpha();
+        return {std::move(palette), options.dithers};
     }
 
     void fill(const SourceImage& source) {
         const PixelLayout out{file->getDataType(), modelFor(source), file->getCsize()};
-        const bool expands = source.palette && out.model != zelRGBPalette;
-        PixelPipeline pipeline(source.layout, out, options.pixels,
-                               expands ? source.palette : std::nullopt);
+        const bool indexed = out.model == zelRGBPalette;
+        const bool keeps = indexed && keepsIndexes(source, options, out.type);
+        std::optional<PaletteMapper> mapper;
+        if (keeps) {
+            carryPalette(source);
+        } else if (indexed) {
+            mapper.emplace(makePalette(source));
+        }
+        PixelPipeline pipeline(source.layout, mapper ? kReducibleLayout : out, options.pixels,
+                               keeps ? std::nullopt : source.palette);
         if (!options.strip) {
             for (const std::string& what : carryMetadata(source, *file, pipeline.values())) {
                 if (std::find(lost.begin(), lost.end(), what) == lost.end()) {
@@ -122,18 +128,17 @@ private:
         }
         Progress progress(shownName, static_cast<double>(source.region.nx) * source.region.ny *
                                          source.region.nz);
-        transferPixels({source.file, source.name, *file, shownName, viewOf(source), source.region.z,
-                        source.region.nz, source.channels, source.layout, out, pipeline,
-                        safe.folder(), progress});
-        dropsAlpha = dropsAlpha || (zelColorModelHasAlpha(source.layout.model) &&
-                                    !zelColorModelHasAlpha(out.model));
+        transferPixels({source, *file, shownName, viewOf(source, file->getOrientation()), out,
+                        pipeline, mapper ? &*mapper : nullptr, safe.folder(), progress});
+        dropsAlpha =
+            dropsAlpha || (hasAlpha(source) && !indexed && !zelColorModelHasAlpha(out.model));
         noteValues(pipeline.values());
     }
 
     zelColorModel modelFor(const SourceImage& source) const {
         const zelColorModel model = file->getColorModel();
         // A format may have told apart what the conversion cannot: channels without a meaning.
-        return ColorConverter::isPossible(source.layout.model, model) ? model : source.layout.model;
+        return canBecome(source.layout.model, model) ? model : source.layout.model;
     }
 
     /// Images of the same types share a note.
@@ -148,6 +153,12 @@ private:
 
     void printNotes() const {
         std::vector<std::string> notes;
+        if (reducesColors) {
+            notes.emplace_back("colours reduced to a palette of 256");
+        }
+        if (cutsAlpha) {
+            notes.emplace_back("alpha cut: half and more is opaque, the rest transparent");
+        }
         if (dropsAlpha) {
             notes.emplace_back("alpha was dropped");
         }
@@ -174,6 +185,8 @@ private:
     SafeOutput safe;
     ImageFile file;
     zelFileConfig first; ///< of the file's first image
+    bool reducesColors = false;
+    bool cutsAlpha = false;
     bool dropsAlpha = false;
     std::vector<std::string> lost; ///< what could not be carried
     std::vector<ValueMap> valueMaps;

@@ -26,7 +26,8 @@ struct ConvertOptions {
     std::optional<zelTile3D<int>> region; ///< seen upright; an `nz` of 0 means all planes
     std::vector<int> channels;            ///< empty means all
     bool allImages = false;
-    bool strip = false; ///< leave out what is not needed to show the pixels
+    bool dithers = true; ///< where colours are reduced to a palette
+    bool strip = false;  ///< leave out what is not needed to show the pixels
     PixelPipeline::Options pixels;
 };
 

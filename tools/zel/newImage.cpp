@@ -6,7 +6,6 @@
 #include <zel/zelTypeNames.h>
 
 #include <algorithm>
-#include <numeric>
 
 namespace zel::tool {
 namespace {
@@ -18,56 +17,24 @@ void addOnce(std::vector<T>& list, T value) {
     }
 }
 
-zelTile3D<int> regionOf(const zelFile& file, const std::string& name,
-                        const ConvertOptions& options) {
-    zelSize size;
-    file.getSize(size, zelUpperLeftOrigin);
-    const zelTile3D<int> whole(0, 0, 0, size.x, size.y, size.z);
-    if (!options.region) {
-        return whole;
+/// The models that an image of another can take, the best first. A palette that has colours
+/// reduced is better than no colours.
+std::vector<zelColorModel> neighboursOf(zelColorModel own, bool alpha) {
+    const bool grey = own == zelNegative || own == zelLuminance || own == zelLuminanceAlpha;
+    if (grey && alpha) {
+        return {zelLuminanceAlpha, zelRGBA, zelABGR, zelRGBPalette, zelLuminance,
+                zelNegative,       zelRGB,  zelBGR,  zelCMY};
     }
-    zelTile3D<int> region = *options.region;
-    if (region.nz == 0) {
-        region.nz = size.z;
+    if (grey) {
+        return {zelLuminance, zelNegative, zelLuminanceAlpha, zelRGB, zelBGR, zelRGBA,
+                zelABGR,      zelCMY,      zelRGBPalette};
     }
-    if (!whole.contains(region)) {
-        throw Failure{name, "the region is not wholly inside the image of " +
-                                std::to_string(size.x) + "x" + std::to_string(size.y) + "x" +
-                                std::to_string(size.z)};
+    if (alpha) {
+        return {zelRGBA,       zelABGR,           zelRGB,       zelBGR,     zelCMY,
+                zelRGBPalette, zelLuminanceAlpha, zelLuminance, zelNegative};
     }
-    return region;
-}
-
-std::vector<int> channelsOf(const zelFile& file, const std::string& name,
-                            const ConvertOptions& options) {
-    std::vector<int> channels = options.channels;
-    if (channels.empty()) {
-        channels.resize(static_cast<size_t>(file.getCsize()));
-        std::iota(channels.begin(), channels.end(), 0);
-    }
-    for (const int channel : channels) {
-        if (channel < 0 || channel >= file.getCsize()) {
-            throw Failure{name, "there is no channel " + std::to_string(channel) +
-                                    "; the image has " + std::to_string(file.getCsize()) +
-                                    ", counted from 0"};
-        }
-    }
-    return channels;
-}
-
-std::optional<Palette> paletteOf(zelFile& file, const std::string& name) {
-    const zelColormap* map = nullptr;
-    const zelStatus status = file.getColormap(map);
-    if (status == zelOKAY && map) {
-        return Palette(*map);
-    }
-    throw Failure{name, "the image is a palette of colours, but its colour map cannot be read"};
-}
-
-/// Whether the indexes of a palette can stay as they are.
-bool keepsPalette(const SourceImage& source, const ConvertOptions& options) {
-    return source.palette && !options.pixels.inputRange &&
-           options.type.value_or(source.layout.type) == source.layout.type;
+    return {zelRGB,        zelBGR,       zelRGBA,     zelABGR,          zelCMY,
+            zelRGBPalette, zelLuminance, zelNegative, zelLuminanceAlpha};
 }
 
 /// The colour models to try for a source, the nearest first.
@@ -82,21 +49,16 @@ std::vector<zelColorModel> modelChoices(const SourceImage& source, const Convert
         // Only bits are commonly stored with 0 as white.
         wanted.push_back(zelLuminance);
     }
-    if (own != zelRGBPalette || keepsPalette(source, options)) {
+    if (own != zelRGBPalette ||
+        keepsIndexes(source, options, options.type.value_or(source.layout.type))) {
         wanted.push_back(own);
     }
-    const bool grey = own == zelNegative || own == zelLuminance || own == zelLuminanceAlpha;
-    const auto grays = zelColorModelHasAlpha(own)
-                           ? std::vector{zelLuminanceAlpha, zelLuminance, zelNegative}
-                           : std::vector{zelLuminance, zelNegative, zelLuminanceAlpha};
-    const auto colors = zelColorModelHasAlpha(own)
-                            ? std::vector{zelRGBA, zelABGR, zelRGB, zelBGR, zelCMY}
-                            : std::vector{zelRGB, zelBGR, zelRGBA, zelABGR, zelCMY};
-    wanted.insert(wanted.end(), (grey ? grays : colors).begin(), (grey ? grays : colors).end());
-    wanted.insert(wanted.end(), (grey ? colors : grays).begin(), (grey ? colors : grays).end());
+    for (const zelColorModel model : neighboursOf(own, hasAlpha(source))) {
+        wanted.push_back(model);
+    }
     std::vector<zelColorModel> choices;
     for (const zelColorModel model : wanted) {
-        if (ColorConverter::isPossible(own, model) && format.colorModelIsSupported(model)) {
+        if (canBecome(own, model) && format.colorModelIsSupported(model)) {
             addOnce(choices, model);
         }
     }
@@ -196,11 +158,11 @@ public:
 
     void run() {
         for (const zelColorModel model : modelChoices(source, options, format)) {
-            const bool expanded = source.palette && model != zelRGBPalette;
-            const zelDataType base = expanded ? source.palette->colorType() : source.layout.type;
-            const bool fixedType = model == zelRGBPalette && source.palette;
-            for (const zelDataType type :
-                 fixedType ? std::vector{base} : typeChoices(base, options, format)) {
+            const std::vector<zelDataType> types = typesFor(model);
+            if (types.empty() && !refusal.text) {
+                refusal.text = "colours are reduced to indexes of type uchar only";
+            }
+            for (const zelDataType type : types) {
                 for (const zelCompression compression :
                      compressionChoices(source, options, format)) {
                     if (attempt(model, type, compression)) {
@@ -216,6 +178,24 @@ public:
     }
 
 private:
+    std::vector<zelDataType> typesFor(zelColorModel model) const {
+        const zelDataType own = source.layout.type;
+        if (model != zelRGBPalette) {
+            return typeChoices(source.palette ? source.palette->colorType() : own, options, format);
+        }
+        // The indexes of the source, or those that its colours are reduced to.
+        std::vector<zelDataType> types;
+        if (keepsIndexes(source, options, own)) {
+            types.push_back(own);
+        }
+        addOnce(types, zelUChar);
+        std::erase_if(types, [&](zelDataType type) { return options.type.value_or(type) != type; });
+        if (types.empty() && !format.typeIsSupported(*options.type)) {
+            types.push_back(*options.type); // to be told so
+        }
+        return types;
+    }
+
     bool attempt(zelColorModel model, zelDataType type, zelCompression compression) {
         HeldWarnings held;
         zelFileConfig config;
@@ -250,24 +230,13 @@ private:
 
 } // namespace
 
-SourceImage describeSource(zelFile& file, const std::string& name, const ConvertOptions& options) {
-    const std::vector<int> channels = channelsOf(file, name, options);
-    const int count = static_cast<int>(channels.size());
-    const zelColorModel own = file.getColorModel();
-    const int ownChannels = zelColorModelChans(own);
-    const bool sameCount = own == zelMultiSpectral || count == ownChannels;
-    const zelColorModel model = sameCount ? own : zelColorModelFromChans(count);
-    return {file,
-            name,
-            regionOf(file, name, options),
-            channels,
-            {file.getDataType(), model, count},
-            model == zelRGBPalette ? paletteOf(file, name) : std::nullopt};
+bool keepsIndexes(const SourceImage& source, const ConvertOptions& options, zelDataType type) {
+    return source.palette && !options.pixels.inputRange && type == source.layout.type;
 }
 
 void makeImage(const SourceImage& source, const ConvertOptions& options, zelFormat& format,
                const std::string& name, const MakeImage& make) {
-    if (options.model && !ColorConverter::isPossible(source.layout.model, *options.model)) {
+    if (options.model && !canBecome(source.layout.model, *options.model)) {
         throw Failure{name, std::string("there is no way from colour model ") +
                                 zelColorModelName(source.layout.model) + " to " +
                                 zelColorModelName(*options.model)};

@@ -1,32 +1,19 @@
 #ifndef ZEL_TOOL_NEWIMAGE_H
 #define ZEL_TOOL_NEWIMAGE_H
 
-#include "convertOptions.h"
-#include "imageFile.h"
+#include "sourceImage.h"
 
 #include <zel/zelFileConfig.h>
 #include <zel/zelFormat.h>
 
 #include <functional>
-#include <optional>
 #include <string>
-#include <vector>
 
 namespace zel::tool {
 
-/// The part of an image that is to become a new one.
-struct SourceImage {
-    zelFile& file;
-    std::string name;
-    zelTile3D<int> region;     ///< seen upright
-    std::vector<int> channels; ///< the channels that are taken
-    PixelLayout layout;        ///< how these are read
-    std::optional<Palette> palette;
-};
-
-/// Finds out what of the current image of `file` is taken. Throws a Failure if there is no such
-/// part.
-SourceImage describeSource(zelFile& file, const std::string& name, const ConvertOptions& options);
+/// Whether a palette image of `type` can have the palette and the indexes of the source, so that
+/// its colours need no new ones.
+bool keepsIndexes(const SourceImage& source, const ConvertOptions& options, zelDataType type);
 
 /// Makes an image with the attributes given, as zelFile::create and appendImg do.
 using MakeImage = std::function<zelStatus(zelFileConfig&)>;

@@ -1,6 +1,6 @@
 #include "transfer.h"
 
-#include "imageFile.h"
+#include "colorSurvey.h"
 #include "scratchFile.h"
 
 #include <algorithm>
@@ -41,9 +41,11 @@ void copyRows(std::byte* block, const Tile& blockTile, std::byte* part, const Ti
 class PlaneMover {
 public:
     explicit PlaneMover(const Transfer& all) : t(all) {
-        const size_t pixelBytes = std::max(t.in.bytesPerPixel(), t.out.bytesPerPixel());
+        const size_t mappedBytes = t.mapper ? kReducibleLayout.bytesPerPixel() : 0;
+        const size_t pixelBytes =
+            std::max({t.source.layout.bytesPerPixel(), t.out.bytesPerPixel(), mappedBytes});
         const auto maxPixels = static_cast<std::int64_t>(kBlockBytes / pixelBytes);
-        plan = planBlocks(t.source, t.view, t.target, maxPixels);
+        plan = planBlocks(t.source.file, t.view, t.target, maxPixels);
     }
 
     void move(int planeIndex) {
@@ -58,8 +60,8 @@ public:
 private:
     void moveDirectly() {
         for (const Tile& tile : plan.grid.blocks()) {
-            readBlock(tile);
-            writeBlock(tile);
+            read(tile);
+            write(tile);
             t.progress.advance(static_cast<double>(pixelsOf(tile)));
         }
     }
@@ -71,15 +73,15 @@ private:
         const std::vector<Tile> targets = plan.grid.blocks();
         const std::vector<Tile> sources = plan.sourceGrid.blocks();
         for (const Tile& source : sources) {
-            readBlock(source);
+            read(source);
             spread(source, targets, scratch);
             t.progress.advance(static_cast<double>(pixelsOf(source)) / 2);
         }
         std::uint64_t offset = 0;
         for (const Tile& target : targets) {
             gather(target, offset, sources, scratch);
-            writeBlock(target);
-            offset += pixelsOf(target) * t.in.bytesPerPixel();
+            write(target);
+            offset += pixelsOf(target) * t.source.layout.bytesPerPixel();
             t.progress.advance(static_cast<double>(pixelsOf(target)) / 2);
         }
     }
@@ -91,7 +93,7 @@ private:
             static_cast<std::uint64_t>(piece.y - block.y) * static_cast<std::uint64_t>(block.nx);
         const auto left =
             static_cast<std::uint64_t>(piece.x - block.x) * static_cast<std::uint64_t>(piece.ny);
-        return (above + left) * t.in.bytesPerPixel();
+        return (above + left) * t.source.layout.bytesPerPixel();
     }
 
     void spread(const Tile& source, const std::vector<Tile>& targets, ScratchFile& scratch) {
@@ -99,52 +101,59 @@ private:
         for (const Tile& target : targets) {
             const Tile common(source, target);
             if (common.nx > 0 && common.ny > 0) {
-                part.resize(pixelsOf(common) * t.in.bytesPerPixel());
-                copyRows<true>(in.data(), source, part.data(), common, t.in.bytesPerPixel());
+                part.resize(pixelsOf(common) * t.source.layout.bytesPerPixel());
+                copyRows<true>(in.data(), source, part.data(), common,
+                               t.source.layout.bytesPerPixel());
                 scratch.write(part, offset + partOffset(target, common));
             }
-            offset += pixelsOf(target) * t.in.bytesPerPixel();
+            offset += pixelsOf(target) * t.source.layout.bytesPerPixel();
         }
     }
 
     void gather(const Tile& target, std::uint64_t offset, const std::vector<Tile>& sources,
                 const ScratchFile& scratch) {
-        in.resize(pixelsOf(target) * t.in.bytesPerPixel());
+        in.resize(pixelsOf(target) * t.source.layout.bytesPerPixel());
         for (const Tile& source : sources) {
             const Tile common(source, target);
             if (common.nx > 0 && common.ny > 0) {
-                part.resize(pixelsOf(common) * t.in.bytesPerPixel());
+                part.resize(pixelsOf(common) * t.source.layout.bytesPerPixel());
                 scratch.read(part, offset + partOffset(target, common));
-                copyRows<false>(in.data(), target, part.data(), common, t.in.bytesPerPixel());
+                copyRows<false>(in.data(), target, part.data(), common,
+                                t.source.layout.bytesPerPixel());
             }
         }
     }
 
-    void readBlock(const Tile& tile) {
-        const WorkingOn name(t.sourceName);
-        in.resize(pixelsOf(tile) * t.in.bytesPerPixel());
-        std::vector<int> channels = t.channels;
-        const zelConfig config(t.in.memoryType(), zelInterleaved, static_cast<int>(channels.size()),
-                               channels.data(), 0, t.view.orientation);
-        require(t.sourceName,
-                t.source.getTile(t.view.tile.x + tile.x, t.view.tile.y + tile.y,
-                                 t.firstPlane + plane, tile.nx, tile.ny, 1, in.data(), &config));
+    void read(const Tile& tile) {
+        in.resize(pixelsOf(tile) * t.source.layout.bytesPerPixel());
+        readBlock(t.source, t.view, plane, tile, in.data());
     }
 
-    void writeBlock(const Tile& tile) {
+    void write(const Tile& tile) {
         const WorkingOn name(t.targetName, t.target.getFileName());
         // What needs no more than the library's own conversion is written as it was read.
-        const bool plain = t.pipeline.isPlain();
-        const std::byte* data = in.data();
+        const bool plain = t.pipeline.isPlain() && !t.mapper;
         if (!plain) {
-            out.resize(pixelsOf(tile) * t.out.bytesPerPixel());
-            t.pipeline.convert(in.data(), out.data(), pixelsOf(tile));
-            data = out.data();
+            convertBlock(tile);
         }
-        const zelConfig config((plain ? t.in : t.out).memoryType(), zelInterleaved, t.out.channels,
-                               nullptr, 0, t.view.orientation);
+        const std::byte* const data = plain ? in.data() : out.data();
+        const zelConfig config((plain ? t.source.layout : t.out).memoryType(), zelInterleaved,
+                               t.out.channels, nullptr, 0, t.view.orientation);
         require(t.targetName,
                 t.target.setTile(tile.x, tile.y, plane, tile.nx, tile.ny, 1, data, &config));
+    }
+
+    void convertBlock(const Tile& tile) {
+        const size_t pixels = pixelsOf(tile);
+        out.resize(pixels * t.out.bytesPerPixel());
+        if (!t.mapper) {
+            t.pipeline.convert(in.data(), out.data(), pixels);
+            return;
+        }
+        colors.resize(pixels * kReducibleLayout.bytesPerPixel());
+        t.pipeline.convert(in.data(), colors.data(), pixels);
+        t.mapper->map(reinterpret_cast<const std::uint8_t*>(colors.data()), tile,
+                      reinterpret_cast<std::uint8_t*>(out.data()));
     }
 
     const Transfer& t;
@@ -152,6 +161,7 @@ private:
     int plane = 0;
     Bytes in;
     Bytes out;
+    Bytes colors;
     Bytes part;
 };
 
@@ -159,7 +169,7 @@ private:
 
 void transferPixels(const Transfer& transfer) {
     PlaneMover mover(transfer);
-    for (int plane = 0; plane < transfer.planes; ++plane) {
+    for (int plane = 0; plane < transfer.source.region.nz; ++plane) {
         mover.move(plane);
     }
 }
