@@ -106,12 +106,15 @@ zelStatus Decoder::start() {
 }
 
 zelStatus Decoder::decodeRows(std::uint8_t* rows, int count) {
-    if (header_.interlaced) {
-        std::memcpy(rows, image_.data() + header_.rowBytes * static_cast<std::size_t>(row_),
-                    header_.rowBytes * static_cast<std::size_t>(count));
-        row_ += count;
-        return zelOKAY;
-    }
+    if (!header_.interlaced)
+        return readRows(rows, count);
+    std::memcpy(rows, image_.data() + header_.rowBytes * static_cast<std::size_t>(row_),
+                header_.rowBytes * static_cast<std::size_t>(count));
+    row_ += count;
+    return zelOKAY;
+}
+
+zelStatus Decoder::readRows(std::uint8_t* rows, int count) {
     const std::size_t step = rows ? header_.rowBytes : 0;
     const zelStatus status = run([=, this] {
         for (int i = 0; i < count; i++)
@@ -123,7 +126,7 @@ zelStatus Decoder::decodeRows(std::uint8_t* rows, int count) {
 
 zelStatus Decoder::skipRows(int count) {
     if (!header_.interlaced)
-        return decodeRows(nullptr, count);
+        return readRows(nullptr, count);
     row_ += count;
     return zelOKAY;
 }

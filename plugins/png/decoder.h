@@ -38,6 +38,8 @@ public:
     zelStatus skipRows(int count);
 
 private:
+    /// Decodes the next rows of an image that is not interlaced; with null, passes over them.
+    zelStatus readRows(std::uint8_t* rows, int count);
     zelStatus decodeImage();
     zelStatus checkLength(const Header& header) const;
     zelStatus readEnd();
