@@ -5,6 +5,7 @@
 #include "kit/fileIo.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <string_view>
 
@@ -93,6 +94,30 @@ void readDefinitions(ByteCursor cursor, Boxes& boxes) {
     }
 }
 
+// A resolution of capture goes before one of display, as the pixels' own.
+void readResolutions(ByteCursor cursor, Boxes& boxes) {
+    constexpr std::size_t boxBytes = 18;
+    while (cursor.rest().size() >= boxBytes) {
+        const std::uint64_t length = cursor.take(4);
+        const auto name = static_cast<std::uint32_t>(cursor.take(4));
+        if (length != boxBytes)
+            return;
+        double numbers[4] = {};
+        for (double& number : numbers)
+            number = cursor.takeInt(2);
+        double powers[2] = {};
+        for (double& power : powers)
+            power = std::pow(10.0, static_cast<std::int8_t>(cursor.take(1)));
+        const double y = numbers[1] > 0 ? numbers[0] / numbers[1] * powers[0] : 0;
+        const double x = numbers[3] > 0 ? numbers[2] / numbers[3] * powers[1] : 0;
+        const bool captured = name == nameOf("resc");
+        if (x > 0 && y > 0 && (captured || (name == nameOf("resd") && boxes.xPerMeter <= 0))) {
+            boxes.xPerMeter = x;
+            boxes.yPerMeter = y;
+        }
+    }
+}
+
 zelStatus readHeaderBox(int fd, const Box& header, Boxes& boxes) {
     for (std::int64_t offset = header.content; offset + 8 <= header.end;) {
         Box box;
@@ -111,6 +136,8 @@ zelStatus readHeaderBox(int fd, const Box& header, Boxes& boxes) {
             readPalette(ByteCursor(content), boxes);
         else if (box.name == nameOf("cdef"))
             readDefinitions(ByteCursor(content), boxes);
+        else if (box.name == nameOf("res "))
+            readResolutions(ByteCursor(content), boxes);
         offset = box.end;
     }
     return zelOKAY;
@@ -166,7 +193,32 @@ std::vector<std::uint8_t> definitionBox(const NewBoxes& wanted) {
     return boxOf("cdef", bytes);
 }
 
+std::vector<std::uint8_t> resolutionBox(const Resolution& x, const Resolution& y) {
+    std::vector<std::uint8_t> bytes;
+    for (const Resolution* const axis : {&y, &x}) {
+        put(bytes, static_cast<std::uint64_t>(axis->numerator), 2);
+        put(bytes, static_cast<std::uint64_t>(axis->denominator), 2);
+    }
+    put(bytes, static_cast<std::uint8_t>(y.exponent), 1);
+    put(bytes, static_cast<std::uint8_t>(x.exponent), 1);
+    return boxOf("res ", boxOf("resc", bytes));
+}
+
 } // namespace
+
+Resolution resolutionOf(double number, int denominator, int exponent) {
+    constexpr double most = 65535;
+    constexpr int farthest = 100; // the exponent has 8 bits
+    if (!(number > 0) || !std::isfinite(number))
+        return {};
+    for (; number > most && exponent < farthest; exponent++)
+        number /= 10;
+    // As many digits as there is room for, unless the number is whole.
+    for (; number * 10 <= most && number != std::floor(number) && exponent > -farthest; exponent--)
+        number *= 10;
+    const auto whole = static_cast<int>(std::min(std::round(number), most));
+    return {whole, denominator, exponent};
+}
 
 zelStatus readBoxes(int fd, Boxes& boxes) {
     boxes = {};
@@ -216,6 +268,8 @@ std::vector<std::uint8_t> formatBoxes(const NewBoxes& wanted) {
     append(content, colorBox(wanted));
     if (wanted.alpha)
         append(content, definitionBox(wanted));
+    if (wanted.x.numerator > 0 && wanted.y.numerator > 0)
+        append(content, resolutionBox(wanted.x, wanted.y));
     append(bytes, boxOf("jp2h", content));
     append(bytes, codestreamHeader(0));
     return bytes;

@@ -33,12 +33,26 @@ struct Boxes {
     std::vector<ChannelDefinition> definitions;
     std::vector<std::uint8_t> palette; ///< one colour behind the other, if it has bytes
     int paletteChannels = 0;           ///< 0: none
-    bool shortened = false;            ///< the file ends before the codestream does
+    double xPerMeter = 0;              ///< pixels; 0: not stated
+    double yPerMeter = 0;
+    bool shortened = false; ///< the file ends before the codestream does
 };
 
 /// Reads the boxes of a JP2 file; a file that is a bare codestream has none. Fails with
 /// zelPREMATUREEOF or zelREADFAILED, and zelCORRUPTED if there is no codestream.
 zelStatus readBoxes(int fd, Boxes& boxes);
+
+/// A resolution in grid points per metre, as a box has it: a fraction of 16-bit numbers times a
+/// power of ten.
+struct Resolution {
+    int numerator = 0; ///< 0: not stated
+    int denominator = 1;
+    int exponent = 0;
+};
+
+/// The nearest resolution to `number` pixels in 1 / `denominator` * 10^`exponent` metres. Not
+/// stated for numbers that are not above 0 or too far out.
+Resolution resolutionOf(double number, int denominator, int exponent);
 
 /// What the boxes of a new file tell.
 struct NewBoxes {
@@ -50,6 +64,7 @@ struct NewBoxes {
     int colorSpace = noColorSpace;
     bool alpha = false; ///< the last channel
     std::vector<std::uint8_t> iccProfile;
+    Resolution x, y;
 };
 
 /// The boxes up to the codestream, whose length stands in the last 8 bytes and is to be set by

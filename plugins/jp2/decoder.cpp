@@ -56,7 +56,7 @@ std::optional<std::int64_t> Decoder::tileAt(const Area& area) const {
 }
 
 zelStatus Decoder::decode(const Area& area) {
-    if (decoded_ && decoded_->contains(area))
+    if (holds(area))
         return zelOKAY;
     decoded_.reset();
     const auto tile = shape_.singleTile() ? std::nullopt : tileAt(area);

@@ -29,6 +29,8 @@ public:
     zelStatus open();
     /// Decodes an area, if it is not there already.
     zelStatus decode(const Area& area);
+    /// Whether an area was decoded last, alone or in a larger one.
+    bool holds(const Area& area) const { return decoded_ && decoded_->contains(area); }
     /// A row of one component from the area; samples of a component of lower density are repeated.
     /// x and y are on the reference grid.
     void fetchRow(int component, std::int64_t x, std::int64_t y, std::span<std::int32_t> row) const;

@@ -13,8 +13,8 @@ opj_image_t* makeImage(const EncoderSettings& settings) {
     component.dx = component.dy = 1;
     component.w = static_cast<OPJ_UINT32>(settings.width);
     component.h = static_cast<OPJ_UINT32>(settings.height);
-    component.prec = settings.type & (zelUChar | zelChar) ? 8 : 16;
-    component.sgnd = settings.type & (zelChar | zelShort) ? 1 : 0;
+    component.prec = static_cast<OPJ_UINT32>(settings.bits);
+    component.sgnd = settings.isSigned;
     std::vector<opj_image_cmptparm_t> components(static_cast<std::size_t>(settings.channels),
                                                  component);
     opj_image_t* const image =
@@ -37,13 +37,16 @@ opj_cparameters_t parametersOf(const EncoderSettings& settings) {
     parameters.tcp_distoratio[0] = static_cast<float>(settings.quality);
     parameters.tcp_rates[0] = settings.rate > 1 ? static_cast<float>(settings.rate) : 0;
     parameters.irreversible = lossy;
-    parameters.tcp_mct = settings.colorTransform;
+    // OpenJPEG lays out its buffer by the bits of a sample, with which the transforms of few bits
+    // of noise do not make do.
+    const bool fewBits = settings.bits <= 4;
+    parameters.tcp_mct = settings.colorTransform && !fewBits;
     parameters.tile_size_on = OPJ_TRUE;
     parameters.cp_tdx = settings.width;
     parameters.cp_tdy = std::min(settings.tileHeight, settings.height);
     // Each level of resolution halves the tile.
     const auto shorter = static_cast<unsigned>(std::min(parameters.cp_tdx, parameters.cp_tdy));
-    parameters.numresolution = std::min(6, static_cast<int>(std::bit_width(shorter)));
+    parameters.numresolution = fewBits ? 1 : std::min(6, static_cast<int>(std::bit_width(shorter)));
     return parameters;
 }
 

@@ -3,8 +3,6 @@
 
 #include "stream.h"
 
-#include <zel/zelDataSize.h>
-
 #include <cstdint>
 #include <span>
 
@@ -16,7 +14,8 @@ struct EncoderSettings {
     int height = 0;
     int channels = 1;
     int tileHeight = 0;
-    zelDataType type = zelUChar;
+    int bits = 8; ///< of a sample, up to 16
+    bool isSigned = false;
     bool colorTransform = false; ///< the first three channels are red, green and blue
     int quality = 0;             ///< signal to noise in decibels; 0: lossless, unless there is
     int rate = 0;                ///< a ratio of compression
@@ -28,7 +27,8 @@ public:
     Encoder(int fd, std::int64_t offset, const char* name) : stream_(fd, offset, 0, name) {}
 
     zelStatus start(const EncoderSettings& settings);
-    /// The next tile: its samples in the machine's byte order, one channel behind the other.
+    /// The next tile: its samples in the machine's byte order, of one byte up to 8 bits and else
+    /// two, one channel behind the other.
     zelStatus writeTile(std::span<std::uint8_t> planes);
     zelStatus finish();
 

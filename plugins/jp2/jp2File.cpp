@@ -1,14 +1,18 @@
 #include "jp2File.h"
 
+#include "kit/bits.h"
+#include "kit/exif.h"
 #include "kit/palette.h"
 #include "kit/sizes.h"
 
 #include <zel/zelBitArray.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <climits>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <string_view>
 
 namespace zeljp2 {
@@ -27,7 +31,29 @@ bool isBareCodestreamName(const char* name) {
 }
 
 int bitsOf(zelDataType type) {
+    if (type == zelBit)
+        return 1;
     return type & (zelUChar | zelChar) ? 8 : type & (zelUShort | zelShort) ? 16 : 32;
+}
+
+// Interleaved elements to one channel behind the other. The full range of unsigned elements is
+// mapped to that of fewer bits, rounded to nearest.
+template <typename Element, typename Sample>
+void gatherPlanes(const std::uint8_t* rows, std::size_t pixels, std::size_t channels, int bits,
+                  std::uint8_t* planes) {
+    constexpr std::uint32_t range = std::numeric_limits<Element>::max();
+    const std::uint32_t most = (std::uint32_t{1} << bits) - 1;
+    for (std::size_t channel = 0; channel < channels; channel++) {
+        const std::uint8_t* from = rows + channel * sizeof(Element);
+        for (std::size_t i = 0; i < pixels; i++, from += channels * sizeof(Element)) {
+            Element element;
+            std::memcpy(&element, from, sizeof element);
+            const auto sample =
+                static_cast<Sample>(most < range ? (element * most + range / 2) / range : element);
+            std::memcpy(planes, &sample, sizeof sample);
+            planes += sizeof sample;
+        }
+    }
 }
 
 } // namespace
@@ -36,11 +62,16 @@ bool Jp2File::carriesIccProfile() const {
     return !bare_;
 }
 
+zelStatus Jp2File::setItem(int tag, va_list args) {
+    return isNew_ && bare_ ? zelStatusEncode(zelUNSUPPORTEDBYFILE)
+                           : ScanlineFile::setItem(tag, args);
+}
+
 // Opening
 
 void Jp2File::readOptions() {
-    const zelkit::Argument arguments[] = {{"quality", &quality_, 1, 200},
-                                          {"rate", &rate_, 1, 10000}};
+    const zelkit::Argument arguments[] = {
+        {"quality", &quality_, 1, 200}, {"rate", &rate_, 1, 10000}, {"bits", &bits_, 1, 16}};
     readArguments(arguments);
 }
 
@@ -59,20 +90,37 @@ zelStatus Jp2File::openFile() {
     return status == zelOKAY ? show() : status;
 }
 
-zelStatus Jp2File::show() {
-    iccProfile = boxes_.iccProfile;
-    if (!boxes_.palette.empty())
-        palette = zelkit::makePalette(
-            std::span(boxes_.palette)
-                .first(std::min<std::size_t>(boxes_.palette.size(),
-                                             static_cast<std::size_t>(zelkit::largestPalette) *
-                                                 static_cast<std::size_t>(boxes_.paletteChannels))),
-            boxes_.paletteChannels);
-    if (!palette && boxes_.paletteChannels > 0) {
-        zelError(zelSevWarning, "%s: the palette has no colours of bytes; its indexes are shown",
+// Of a palette the first 256 colours.
+void Jp2File::showPalette() {
+    const int channels = boxes_.paletteChannels;
+    if (channels == 0)
+        return;
+    if (channels == 3 || channels == 4) {
+        const std::size_t most =
+            static_cast<std::size_t>(zelkit::largestPalette) * static_cast<std::size_t>(channels);
+        const std::size_t bytes = std::min(boxes_.palette.size(), most);
+        palette = zelkit::makePalette(std::span(boxes_.palette).first(bytes), channels);
+    }
+    if (!palette) {
+        zelError(zelSevWarning,
+                 "%s: the palette has no 3 or 4 channels of bytes; its indexes are shown",
                  nameForMessages());
         boxes_.palette.clear();
     }
+}
+
+void Jp2File::showResolution() {
+    if (boxes_.xPerMeter <= 0 || boxes_.yPerMeter <= 0)
+        return;
+    fields.set(zelkit::exifXResolution, boxes_.xPerMeter / 100);
+    fields.set(zelkit::exifYResolution, boxes_.yPerMeter / 100);
+    fields.set(zelkit::exifResolutionUnit, double{zelkit::resolutionPerCentimeter});
+}
+
+zelStatus Jp2File::show() {
+    iccProfile = boxes_.iccProfile;
+    showPalette();
+    showResolution();
     view_ = viewOf(shape_, boxes_);
     size = zelSize(static_cast<int>(shape_.width()), static_cast<int>(shape_.height()), 1,
                    static_cast<int>(view_.components.size()));
@@ -101,12 +149,26 @@ zelStatus Jp2File::show() {
 
 // Pages
 
-// What is decoded for a page, on the reference grid.
-Area Jp2File::areaOf(const Box& page) const {
-    const int first = page.y / areaRows_ * areaRows_;
-    const int last =
-        static_cast<int>(std::min<std::int64_t>(std::int64_t{first} + areaRows_, size.y));
-    return {shape_.x0 + page.x, shape_.y0 + first, shape_.x0 + page.x + page.nx, shape_.y0 + last};
+// What is decoded for a page, on the reference grid. Of bands, twice the rows of the last time if
+// the page lies beside these, since a client that goes on wants the next ones too, and decoding
+// a band alone costs a little more for each of its rows.
+Area Jp2File::areaOf(const Box& page) {
+    const auto onGrid = [this](const Box& box) {
+        return Area{shape_.x0 + box.x, shape_.y0 + box.y, shape_.x0 + box.x + box.nx,
+                    shape_.y0 + box.y + box.ny};
+    };
+    const Box last = decodedRows_;
+    if (page.nx != size.x || decoder_->holds(onGrid(page)))
+        return onGrid(page);
+    Box& rows = decodedRows_ = page;
+    const int more = static_cast<int>(std::min<std::int64_t>(areaRows_, std::int64_t{2} * last.ny));
+    if (page.y == last.y + last.ny) {
+        rows.ny = std::min(std::max(more, page.ny), size.y - page.y);
+    } else if (page.y + page.ny == last.y) {
+        rows.y = std::max(0, std::min(page.y, last.y - more));
+        rows.ny = last.y - rows.y;
+    }
+    return onGrid(rows);
 }
 
 zelStatus Jp2File::getPage(void* data, int x, int y, int z, int c, int nx, int ny, int nz, int nc) {
@@ -210,27 +272,36 @@ zelStatus Jp2File::decodeRows(std::uint8_t*, int) {
 
 // Writing
 
+// False if no file holds such an image.
+bool Jp2File::describeNewFile() {
+    constexpr int mostTiles = 65535;
+    const int channels = zelColorModelChans(cm);
+    storedBits_ = bitsOf(dtype);
+    if (bits_ > 0 && (dtype & (zelUChar | zelUShort)))
+        storedBits_ = std::min(bits_, storedBits_);
+    const auto tileBytes = zelkit::checkedProduct({size.x, pageSize.y, size.c, 2});
+    const auto tiles = (std::int64_t{size.y} + pageSize.y - 1) / pageSize.y;
+    return (channels == 0 || channels == size.c) && (dtype != zelBit || size.c == 1) && tileBytes &&
+           *tileBytes <= INT_MAX && tiles <= mostTiles;
+}
+
 zelStatus Jp2File::createFile() {
     readOptions();
-    const int channels = zelColorModelChans(cm);
-    const auto tileBytes = zelkit::checkedProduct({size.x, pageSize.y, size.c, bitsOf(dtype) / 8});
-    const auto tiles = (std::int64_t{size.y} + pageSize.y - 1) / pageSize.y;
-    if ((channels != 0 && channels != size.c) || !tileBytes || *tileBytes > INT_MAX ||
-        tiles > 65535)
-        return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
+    if (!describeNewFile())
+        return refuseAttributes();
     isNew_ = true;
     bare_ = isBareCodestreamName(filename);
     const zelStatus status = makeFile();
     return status == zelOKAY ? beginWriting() : status;
 }
 
-zelStatus Jp2File::startEncoding() {
+NewBoxes Jp2File::newBoxes() const {
     const bool rgb = cm == zelRGB || cm == zelRGBA;
     NewBoxes wanted;
     wanted.width = size.x;
     wanted.height = size.y;
     wanted.channels = size.c;
-    wanted.bits = bitsOf(dtype);
+    wanted.bits = storedBits_;
     wanted.isSigned = (dtype & (zelChar | zelShort)) != 0;
     wanted.colorSpace = rgb                                             ? rgbSpace
                         : cm == zelCMYK                                 ? cmykSpace
@@ -238,6 +309,21 @@ zelStatus Jp2File::startEncoding() {
                                                                         : noColorSpace;
     wanted.alpha = cm == zelRGBA || cm == zelLuminanceAlpha;
     wanted.iccProfile = iccProfile;
+    const auto unit =
+        std::lround(fields.numberOr(zelkit::exifResolutionUnit, zelkit::resolutionPerInch));
+    const double x = fields.numberOr(zelkit::exifXResolution, 0);
+    const double y = fields.numberOr(zelkit::exifYResolution, x);
+    // An inch is 254 / 10^4 metres, a centimetre 1 / 10^2.
+    const bool inches = unit == zelkit::resolutionPerInch;
+    if (inches || unit == zelkit::resolutionPerCentimeter) {
+        wanted.x = resolutionOf(x, inches ? 254 : 1, inches ? 4 : 2);
+        wanted.y = resolutionOf(y, inches ? 254 : 1, inches ? 4 : 2);
+    }
+    return wanted;
+}
+
+zelStatus Jp2File::startEncoding() {
+    const NewBoxes wanted = newBoxes();
     const std::vector<std::uint8_t> header =
         bare_ ? std::vector<std::uint8_t>() : formatBoxes(wanted);
     headerBytes_ = static_cast<std::int64_t>(header.size());
@@ -245,20 +331,40 @@ zelStatus Jp2File::startEncoding() {
     if (status != zelOKAY)
         return status;
     encoder_ = std::make_unique<Encoder>(fd, headerBytes_, nameForMessages());
-    return encoder_->start({size.x, size.y, size.c, pageSize.y, dtype, rgb, quality_, rate_});
+    EncoderSettings settings;
+    settings.width = size.x;
+    settings.height = size.y;
+    settings.channels = size.c;
+    settings.tileHeight = pageSize.y;
+    settings.bits = storedBits_;
+    settings.isSigned = wanted.isSigned;
+    settings.colorTransform = wanted.colorSpace == rgbSpace;
+    settings.quality = quality_;
+    settings.rate = rate_;
+    return encoder_->start(settings);
 }
 
 // A band is a tile.
 zelStatus Jp2File::encodeRows(const std::uint8_t* rows, int count) {
-    const auto element = static_cast<std::size_t>(bitsOf(dtype) / 8);
     const auto channels = static_cast<std::size_t>(size.c);
     const std::size_t pixels = static_cast<std::size_t>(size.x) * static_cast<std::size_t>(count);
-    planes_.resize(pixels * channels * element);
-    for (std::size_t channel = 0; channel < channels; channel++)
-        for (std::size_t i = 0; i < pixels; i++)
-            std::memcpy(planes_.data() + (channel * pixels + i) * element,
-                        rows + (i * channels + channel) * element, element);
-    return encoder_->writeTile(planes_);
+    const std::size_t bytes = pixels * channels * (storedBits_ > 8 ? 2 : 1);
+    if (planes_.size() < bytes && !planes_.allocate(bytes))
+        return zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
+    std::uint8_t* const planes = planes_.data();
+    if (dtype == zelBit)
+        for (std::size_t i = 0; i < pixels; i++) {
+            const std::size_t row = i / static_cast<std::size_t>(size.x);
+            planes[i] = static_cast<std::uint8_t>(
+                zelkit::getBit(rows + row * rowBytes(), static_cast<std::int64_t>(i) % size.x));
+        }
+    else if (bitsOf(dtype) == 8)
+        gatherPlanes<std::uint8_t, std::uint8_t>(rows, pixels, channels, storedBits_, planes);
+    else if (storedBits_ > 8)
+        gatherPlanes<std::uint16_t, std::uint16_t>(rows, pixels, channels, storedBits_, planes);
+    else
+        gatherPlanes<std::uint16_t, std::uint8_t>(rows, pixels, channels, storedBits_, planes);
+    return encoder_->writeTile({planes, bytes});
 }
 
 zelStatus Jp2File::finishEncoding() {

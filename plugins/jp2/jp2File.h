@@ -24,6 +24,7 @@ public:
 
     zelStatus getPage(void* data, int x, int y, int z, int c, int nx, int ny, int nz,
                       int nc) override;
+    zelStatus setItem(int tag, va_list args) override;
 
 protected:
     zelStatus openFile() override;
@@ -43,27 +44,34 @@ private:
     };
     void readOptions();
     zelStatus show();
-    Area areaOf(const Box& page) const;
+    void showPalette();
+    void showResolution();
+    Area areaOf(const Box& page);
     void copyPage(void* data, const Box& page);
     void turnToRgb(std::size_t columns);
     void spread(std::size_t channel, std::size_t columns);
     void storeRow(void* data, std::int64_t firstElement, std::size_t columns) const;
+    bool describeNewFile();
+    NewBoxes newBoxes() const;
 
     Boxes boxes_;
     Shape shape_;
     View view_;
     std::unique_ptr<Decoder> decoder_;
     PageCache cache_;
-    int areaRows_ = 0;                           ///< decoded together where pages are bands
+    int areaRows_ = 0;                           ///< the most that are decoded together
+    Box decodedRows_{};                          ///< where pages are bands
     std::vector<std::vector<std::int32_t>> row_; ///< by channel
 
     std::unique_ptr<Encoder> encoder_; ///< of a new file
     bool isNew_ = false;
     bool bare_ = false;
     std::int64_t headerBytes_ = 0;
-    std::vector<std::uint8_t> planes_;
+    int storedBits_ = 8; ///< of a sample
+    zelkit::Buffer planes_;
     int quality_ = 0; ///< the format arguments
     int rate_ = 0;
+    int bits_ = 0;
 };
 
 } // namespace zeljp2

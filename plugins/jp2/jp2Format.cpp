@@ -1,5 +1,6 @@
 #include "jp2File.h"
 
+#include "kit/exif.h"
 #include "kit/sizes.h"
 #include "kit/tableFormat.h"
 
@@ -16,7 +17,7 @@ constexpr zelkit::ColorModelChannels colorModels[] = {{zelRGB, 3},  {zelLuminanc
                                                       {zelCMYK, 4}, {zelMultiSpectral, 0}};
 
 constexpr zelkit::Capabilities jp2Capabilities = {
-    .types = zelUChar | zelChar | zelUShort | zelShort,
+    .types = zelBit | zelUChar | zelChar | zelUShort | zelShort,
     .orders = zelInterleaved,
     .orientations = maskOf({zelUpperLeftOrigin}),
     // None of the compressions that have names is that of the format.
@@ -30,7 +31,9 @@ constexpr zelkit::Capabilities jp2Capabilities = {
 // The samples of a tile, in the codec's form of four bytes, are in memory while it is written.
 constexpr std::int64_t preferredTileSamples = 4 << 20;
 constexpr int leastTileRows = 128;
-constexpr int lowestTile = 64;
+// The codec's lossy transform spoils low tiles that begin at an odd place of some resolution, of
+// which there are six.
+constexpr int tileRowsUnit = 64;
 
 class Jp2Format : public zelkit::TableFormat {
 public:
@@ -39,7 +42,7 @@ public:
     // A page becomes a tile, and low tiles are compressed badly. Sources with low bands are many.
     int pageSizeIsSupported(int x, int y, int z, int c, int pageX, int pageY, int pageZ, int pageC,
                             zelOrientation at) override {
-        return pageY >= std::min(y, lowestTile) &&
+        return (pageY == y || pageY % tileRowsUnit == 0) &&
                TableFormat::pageSizeIsSupported(x, y, z, c, pageX, pageY, pageZ, pageC, at);
     }
     void getPreferredPageSize(int x, int y, int /*z*/, int c, int& pageX, int& pageY, int& pageZ,
@@ -56,7 +59,8 @@ public:
     }
 };
 
-zelkit::FormatOf<Jp2File, Jp2Format> registration("JP2", jp2Capabilities);
+zelkit::FormatOf<Jp2File, Jp2Format> registration("JP2", jp2Capabilities,
+                                                  zelkit::resolutionTagDescriptions());
 
 } // namespace
 

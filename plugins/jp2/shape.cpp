@@ -45,10 +45,12 @@ bool isJustified(const Shape& shape, std::int64_t bytes) {
                                 std::min(shape.tileHeight, shape.height()), components, 4});
     const auto overhead =
         zelkit::checkedProduct({tiles, tileOverhead + components * tileComponentOverhead});
+    const auto rowBytes = zelkit::checkedProduct({shape.width(), components, 4});
     constexpr std::int64_t tileHeaderBytes = 14;
     constexpr std::int64_t always = 64 << 20;
     return tiles <= mostTiles && tiles <= bytes / tileHeaderBytes && limit && tileBytes &&
-           overhead && *tileBytes <= *limit + always && *overhead <= *limit + always;
+           overhead && rowBytes && *tileBytes <= *limit + always && *overhead <= *limit + always &&
+           *rowBytes <= *limit + always;
 }
 
 zelStatus readComponents(ByteCursor cursor, int count, Shape& shape) {
