@@ -18,12 +18,20 @@ struct FreeMap {
 };
 using MapHandle = std::unique_ptr<ColorMapObject, FreeMap>;
 
+// Less alpha than this counts as transparent.
+constexpr int opaque = 128;
+
+// Of the palette's entries those that an index can reach.
+int entriesOf(const Encoder::Image& image) {
+    return std::min(image.palette.getLength(), image.isBits ? 2 : zelkit::largestPalette);
+}
+
 // The entry that is most transparent, if one is more so than not.
-int transparentIndexOf(const zelColormap& palette) {
+int transparentIndexOf(const Encoder::Image& image) {
     int found = -1;
-    int least = 128;
-    for (int i = 0; i < palette.getLength(); i++)
-        if (const int alpha = zelkit::paletteByte(palette, i, 3); alpha < least) {
+    int least = opaque;
+    for (int i = 0; i < entriesOf(image); i++)
+        if (const int alpha = zelkit::paletteByte(image.palette, i, 3); alpha < least) {
             found = i;
             least = alpha;
         }
@@ -64,16 +72,27 @@ zelStatus Encoder::statusOf(int result) {
     return status_;
 }
 
-// As many colours as a table of the format can have: a power of 2.
-Encoder::Colors Encoder::colorsOf(const zelColormap& palette) {
-    const auto entries = static_cast<unsigned>(std::clamp(palette.getLength(), 2, 256));
+// As many colours as a table of the format can have: a power of 2. Two are for bits alone, so that
+// the type of the indexes can be told.
+Encoder::Colors Encoder::colorsOf(const Image& image) {
+    const auto entries = static_cast<unsigned>(std::max(entriesOf(image), image.isBits ? 2 : 4));
     Colors colors(std::bit_ceil(entries));
     for (std::size_t i = 0; i < colors.size(); i++) {
-        const auto index = static_cast<int>(i);
-        colors[i] = {zelkit::paletteByte(palette, index, 0), zelkit::paletteByte(palette, index, 1),
-                     zelkit::paletteByte(palette, index, 2)};
+        const auto byte = [&](int channel) {
+            return zelkit::paletteByte(image.palette, static_cast<int>(i), channel);
+        };
+        colors[i] = {byte(0), byte(1), byte(2)};
     }
     return colors;
+}
+
+// One entry stands for all that are transparent.
+void Encoder::mapTransparent(const Image& image, int transparent) {
+    for (int i = 0; i < zelkit::largestPalette; i++) {
+        const bool isSeen =
+            i >= entriesOf(image) || zelkit::paletteByte(image.palette, i, 3) >= opaque;
+        stored_[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(isSeen ? i : transparent);
+    }
 }
 
 zelStatus Encoder::begin(const Image& first, const std::string* comment, int loopCount) {
@@ -82,7 +101,7 @@ zelStatus Encoder::begin(const Image& first, const std::string* comment, int loo
     if (!gif_)
         return zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
     EGifSetGifVersion(gif_, true);
-    screenColors_ = colorsOf(first.palette);
+    screenColors_ = colorsOf(first);
     const auto count = static_cast<int>(screenColors_.size());
     const MapHandle map(GifMakeMapObject(count, screenColors_.data()));
     if (!map)
@@ -104,7 +123,7 @@ zelStatus Encoder::begin(const Image& first, const std::string* comment, int loo
 }
 
 zelStatus Encoder::beginImage(const Image& image) {
-    const Colors colors = colorsOf(image.palette);
+    const Colors colors = colorsOf(image);
     MapHandle map;
     const bool ownColors = !std::ranges::equal(
         colors, screenColors_, [](const GifColorType& a, const GifColorType& b) {
@@ -120,7 +139,8 @@ zelStatus Encoder::beginImage(const Image& image) {
     control.DisposalMode = DISPOSE_BACKGROUND;
     control.UserInputFlag = false;
     control.DelayTime = std::clamp(image.delay, 0, 0xffff);
-    control.TransparentColor = transparentIndexOf(image.palette);
+    control.TransparentColor = transparentIndexOf(image);
+    mapTransparent(image, control.TransparentColor);
     std::array<GifByteType, 4> bytes{};
     const auto count = static_cast<int>(EGifGCBToExtension(&control, bytes.data()));
     int result = EGifPutExtension(gif_, GRAPHICS_EXT_FUNC_CODE, count, bytes.data());
@@ -132,10 +152,11 @@ zelStatus Encoder::beginImage(const Image& image) {
 }
 
 zelStatus Encoder::writeRow(const std::uint8_t* indexes) {
-    // giflib changes the row in its place, and cuts an index that is too large.
-    std::copy_n(indexes, row_.size(), row_.data());
-    if (*std::ranges::max_element(row_) >= entries_)
+    if (*std::max_element(indexes, indexes + row_.size()) >= entries_)
         return zelStatusEncode(zelBADPARAMS);
+    // giflib changes the row in its place.
+    std::transform(indexes, indexes + row_.size(), row_.data(),
+                   [this](std::uint8_t index) { return stored_[index]; });
     return statusOf(EGifPutLine(gif_, row_.data(), static_cast<int>(row_.size())));
 }
 

@@ -25,6 +25,7 @@ public:
         int width;
         int height;
         const zelColormap& palette; ///< of bytes
+        bool isBits;                ///< all indexes are 0 or 1
         int delay;                  ///< in hundredths of a second
     };
 
@@ -38,7 +39,8 @@ public:
 
 private:
     using Colors = std::vector<GifColorType>;
-    static Colors colorsOf(const zelColormap& palette);
+    static Colors colorsOf(const Image& image);
+    void mapTransparent(const Image& image, int transparent);
     static int writeBytes(GifFileType* gif, const GifByteType* data, int bytes);
     int write(const std::uint8_t* data, int bytes);
     zelStatus statusOf(int result);
@@ -49,7 +51,8 @@ private:
     std::vector<std::uint8_t> buffer_;
     zelStatus status_ = zelOKAY; ///< of the first write that failed
     Colors screenColors_;
-    int entries_ = 0; ///< of the palette of the image in writing
+    int entries_ = 0;                        ///< of the palette of the image in writing
+    std::array<std::uint8_t, 256> stored_{}; ///< an index to each that is given
     std::vector<std::uint8_t> row_;
 };
 

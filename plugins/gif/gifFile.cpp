@@ -1,5 +1,6 @@
 #include "gifFile.h"
 
+#include "kit/bits.h"
 #include "kit/palette.h"
 
 #include <zel/zelFileConfig.h>
@@ -45,6 +46,16 @@ std::unique_ptr<zelColormap> paletteOf(std::span<const std::uint8_t> colors, con
     return zelkit::makePalette(bytes, channels);
 }
 
+// As many indexes as pixels of a type can have.
+int indexesOf(zelDataType type) {
+    return type == zelBit ? 2 : zelkit::largestPalette;
+}
+
+bool isGrey(const zelColormap& palette, zelDataType type) {
+    const auto greys = zelkit::greyPalette(indexesOf(type));
+    return greys && !palette.isDiff(*greys);
+}
+
 } // namespace
 
 std::span<const zelTagDescription> tagTable() {
@@ -79,9 +90,13 @@ zelStatus GifFile::showImage(int i) {
     palette = std::move(colors);
     decoder_.reset();
     whole_ = zelkit::Buffer();
-    cm = palette ? zelRGBPalette : zelRGBA;
     size = zelSize(contents_.width, contents_.height, 1, palette ? 1 : 4);
-    dtype = zelUChar;
+    dtype = palette && palette->getLength() == 2 ? zelBit : zelUChar;
+    cm = palette ? zelRGBPalette : zelRGBA;
+    if (palette && isGrey(*palette, dtype)) {
+        cm = zelLuminance;
+        palette.reset();
+    }
     order = zelInterleaved;
     orientation = zelUpperLeftOrigin;
     compression = zelLZW;
@@ -142,26 +157,35 @@ zelStatus GifFile::nextFrameRow(int y, const std::uint8_t*& indexes) {
     return decoder_->nextRow(indexes_.data());
 }
 
-zelStatus GifFile::decodeRows(std::uint8_t* rows, int count) {
+zelStatus GifFile::decodeIndexes(std::uint8_t* row) {
     const Frame& shown = frame();
-    for (; count > 0; count--, row_++, rows += rowBytes()) {
+    std::memset(row, outsideIndex_, static_cast<std::size_t>(size.x));
+    const int y = row_ - shown.top;
+    if (y < 0 || y >= shown.height || shown.width < 1)
+        return zelOKAY;
+    const std::uint8_t* indexes = nullptr;
+    const zelStatus status = nextFrameRow(y, indexes);
+    if (status == zelOKAY && shown.left < size.x)
+        std::memcpy(row + shown.left, indexes,
+                    static_cast<std::size_t>(std::min(shown.width, size.x - shown.left)));
+    return status;
+}
+
+zelStatus GifFile::decodeRows(std::uint8_t* rows, int count) {
+    zelStatus status = zelOKAY;
+    line_.resize(static_cast<std::size_t>(size.x));
+    for (; count > 0 && status == zelOKAY; count--, row_++, rows += rowBytes()) {
         if (isComposed()) {
             std::memcpy(rows, canvas_->row(row_), rowBytes());
-            continue;
+        } else if (dtype == zelBit) {
+            status = decodeIndexes(line_.data());
+            for (int x = 0; x < size.x; x++)
+                zelkit::setBit(rows, x, line_[static_cast<std::size_t>(x)] == 1);
+        } else {
+            status = decodeIndexes(rows);
         }
-        std::memset(rows, outsideIndex_, rowBytes());
-        const int y = row_ - shown.top;
-        if (y < 0 || y >= shown.height || shown.width < 1)
-            continue;
-        const std::uint8_t* indexes = nullptr;
-        const zelStatus status = nextFrameRow(y, indexes);
-        if (status != zelOKAY)
-            return status;
-        if (shown.left < size.x)
-            std::memcpy(rows + shown.left, indexes,
-                        static_cast<std::size_t>(std::min(shown.width, size.x - shown.left)));
     }
-    return zelOKAY;
+    return status;
 }
 
 zelStatus GifFile::skipRows(int count) {
@@ -179,8 +203,19 @@ zelStatus GifFile::createFile() {
     if (status != zelOKAY)
         return status;
     images_ = 1;
-    palette = zelkit::greyPalette(zelkit::largestPalette);
-    return palette ? beginWriting() : zelkit::noMemory();
+    return beginImage();
+}
+
+// Without a palette of its own an image has that of the one before, or greys.
+zelStatus GifFile::beginImage() {
+    if (cm != zelRGBPalette || (palette && palette->getLength() > indexesOf(dtype)))
+        palette.reset();
+    if (cm == zelRGBPalette && !palette) {
+        palette = zelkit::greyPalette(indexesOf(dtype));
+        if (!palette)
+            return zelkit::noMemory();
+    }
+    return beginWriting();
 }
 
 zelStatus GifFile::appendImg(zelFile* source, zelFileConfig* config) {
@@ -188,9 +223,7 @@ zelStatus GifFile::appendImg(zelFile* source, zelFileConfig* config) {
     if (status != zelOKAY)
         return status;
     zelFileConfig wanted = config ? *config : zelFileConfig();
-    if (!source && wanted.areDimensionsDefaulted())
-        wanted.setDimensions(size);
-    status = format->applyDefaults(source, wanted);
+    status = format->applyDefaults(source ? source : this, wanted);
     zelSize dimensions;
     wanted.getSize(dimensions);
     if (status == zelOKAY && (dimensions.x != size.x || dimensions.y != size.y)) {
@@ -202,13 +235,18 @@ zelStatus GifFile::appendImg(zelFile* source, zelFileConfig* config) {
     if (status != zelOKAY)
         return status;
     wanted.getPageSize(pageSize);
+    dtype = wanted.getDataType();
+    cm = wanted.getColorModel();
     current_ = images_++;
     markAttributesChanged();
-    return beginWriting();
+    return beginImage();
 }
 
 zelStatus GifFile::startEncoding() {
-    const Encoder::Image image = {size.x, size.y, *palette,
+    const auto greys = palette ? nullptr : zelkit::greyPalette(indexesOf(dtype));
+    if (!palette && !greys)
+        return zelkit::noMemory();
+    const Encoder::Image image = {size.x, size.y, palette ? *palette : *greys, dtype == zelBit,
                                   static_cast<int>(fields.numberOr(delayTag, 0))};
     zelStatus status = zelOKAY;
     if (!encoder_) {
@@ -221,8 +259,17 @@ zelStatus GifFile::startEncoding() {
 
 zelStatus GifFile::encodeRows(const std::uint8_t* rows, int count) {
     zelStatus status = zelOKAY;
-    for (; count > 0 && status == zelOKAY; count--, rows += rowBytes())
-        status = encoder_->writeRow(rows);
+    line_.resize(static_cast<std::size_t>(size.x));
+    for (; count > 0 && status == zelOKAY; count--, rows += rowBytes()) {
+        const std::uint8_t* indexes = rows;
+        if (dtype == zelBit) {
+            for (int x = 0; x < size.x; x++)
+                line_[static_cast<std::size_t>(x)] =
+                    static_cast<std::uint8_t>(zelkit::getBit(rows, x));
+            indexes = line_.data();
+        }
+        status = encoder_->writeRow(indexes);
+    }
     if (status == zelBADPARAMS)
         zelError(zelSevWarning, "%s: an index is beyond the colour map", nameForMessages());
     return status;

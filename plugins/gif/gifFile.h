@@ -22,7 +22,7 @@ enum Tag : int {
 std::span<const zelTagDescription> tagTable();
 
 /// A GIF file. Each image is the whole screen, as it is seen while a frame is shown: the frame's
-/// palette where that has all colours to be seen, else zelRGBA.
+/// indexes, or greys, where its palette has all colours to be seen, else zelRGBA.
 class GifFile final : public zelkit::FileClass<GifFile, zelkit::ScanlineFile> {
 public:
     static constexpr char className[] = "zelgif::GifFile";
@@ -55,6 +55,9 @@ private:
     void fillFields();
     zelStatus decodeInterlaced();
     zelStatus nextFrameRow(int y, const std::uint8_t*& indexes);
+    /// Decodes the indexes of the next row of the screen.
+    zelStatus decodeIndexes(std::uint8_t* row);
+    zelStatus beginImage();
 
     Contents contents_;
     int current_ = 0;
@@ -62,6 +65,7 @@ private:
     int outsideIndex_ = 0; ///< of the pixels beside the frame
     std::unique_ptr<FrameDecoder> decoder_;
     std::vector<std::uint8_t> indexes_; ///< a row of the frame
+    std::vector<std::uint8_t> line_;    ///< the indexes of a row of bits
     zelkit::Buffer whole_;              ///< the frame, if it is interlaced
     std::unique_ptr<Canvas> canvas_;
 

@@ -8,10 +8,10 @@ namespace {
 
 using zelkit::maskOf;
 
-constexpr zelkit::ColorModelChannels colorModels[] = {{zelRGBPalette, 1}};
+constexpr zelkit::ColorModelChannels colorModels[] = {{zelRGBPalette, 1}, {zelLuminance, 1}};
 
 constexpr zelkit::Capabilities gifCapabilities = {
-    .types = zelUChar,
+    .types = zelBit | zelUChar,
     .orders = zelInterleaved,
     .orientations = maskOf({zelUpperLeftOrigin}),
     .compressions = maskOf({zelLZW}),

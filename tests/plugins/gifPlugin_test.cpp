@@ -17,10 +17,9 @@ PluginTraits gifTraits() {
     traits.randomAccessWrite = false;
     Combo kind;
     kind.suffix = ".gif";
-    kind.colorModel = zelRGBPalette;
     kind.compression = zelLZW;
     kind.noticesTruncation = false; // the end mark may be missing
-    traits.combos = {kind};
+    traits.combos = makeCombos(kind, {zelBit, zelUChar});
     return traits;
 }
 
@@ -34,13 +33,19 @@ protected:
         const Pixels pixels = readPixels(file);
         const zelColormap* map = nullptr;
         EXPECT_EQ(file->getColormap(map) == zelOKAY, file->getColorModel() == zelRGBPalette);
+        const double factor = pixels.type == zelBit ? 255 : 1;
+        const auto valueOf = [&](int x, int y, int c) -> double {
+            if (map && c < map->getNumChans())
+                return map->getVal(pixels.at(x, y, 0), c);
+            if (c == 3 && pixels.channels == 1)
+                return 255;
+            return factor * pixels.at(x, y, pixels.channels == 1 ? 0 : c);
+        };
         std::string bytes;
         for (int y = 0; y < pixels.height; y++)
             for (int x = 0; x < pixels.width; x++)
                 for (int c = 0; c < 4; c++)
-                    bytes += asByte(!map                     ? pixels.at(x, y, c)
-                                    : c < map->getNumChans() ? map->getVal(pixels.at(x, y, 0), c)
-                                                             : 255);
+                    bytes += asByte(valueOf(x, y, c));
         return withoutHidden(bytes);
     }
     static char asByte(double value) { return static_cast<char>(std::lround(value)); }
@@ -132,6 +137,48 @@ TEST_F(Gif, WritesImagesThatOtherProgramsSee) {
     EXPECT_EQ(file->getTag(2, &delay), zelOKAY);
     EXPECT_EQ(file->getTag(3, &loops), zelOKAY);
     EXPECT_EQ(delay * 10 + loops, 425);
+    EXPECT_EQ(file->close(0), zelOKAY);
+}
+
+TEST_F(Gif, MixesBitsGreysAndPalettes) {
+    const zelSize size(19, 11, 1, 1);
+    const zelDataType types[] = {zelBit, zelUChar, zelBit, zelUChar};
+    const zelColorModel models[] = {zelLuminance, zelLuminance, zelRGBPalette, zelRGBPalette};
+    // Entries 1, 2 and 3 are transparent to some part, 2 the most.
+    zelColormap map(4, zelUChar, 0, 3);
+    for (int i = 0; i < 4; i++)
+        for (int c = 0; c < 4; c++)
+            map.setVal(c < 3 ? 90 * i + c : (i - 2) * (i - 2) * 127, i, c);
+    std::vector<Pixels> expected;
+    zelFile* file = nullptr;
+    for (int i = 0; i < 4; i++) {
+        zelFileConfig config(&size, types[i], zelInterleaved, models[i]);
+        if (i == 0)
+            file = create("m.gif", config);
+        else
+            EXPECT_EQ(file->appendImg(nullptr, &config), zelOKAY);
+        ASSERT_NE(file, nullptr);
+        EXPECT_EQ(file->setColormap(&map) == zelOKAY, models[i] == zelRGBPalette);
+        Pixels pixels = Pixels::pattern(types[i], 19, 11, 1, 3);
+        expected.push_back(pixels);
+        // Of the entries that are not seen, the least visible one stands for all.
+        for (std::size_t at = 0; i == 3 && at < pixels.bytes.size(); at++) {
+            pixels.bytes[at] &= 3;
+            expected.back().bytes[at] = pixels.bytes[at] == 0 ? 0 : 2;
+        }
+        EXPECT_EQ(writePixels(file, pixels), zelOKAY);
+    }
+    EXPECT_EQ(file->close(0), zelOKAY);
+
+    expectAsElsewhere(path("m.gif"));
+    file = open("m.gif");
+    ASSERT_NE(file, nullptr);
+    for (int i = 0; i < 4; i++) {
+        ASSERT_EQ(file->setCurrentImg(i), zelOKAY);
+        EXPECT_EQ(file->getDataType(), types[i]);
+        EXPECT_EQ(file->getColorModel(), models[i]);
+        EXPECT_TRUE(readPixels(file) == expected[static_cast<std::size_t>(i)]) << i;
+    }
     EXPECT_EQ(file->close(0), zelOKAY);
 }
 
