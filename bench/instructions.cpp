@@ -1,6 +1,6 @@
 // Runs every case of the tables once, small, for scripts/check-instructions, which has the calls of
 // `counted` counted one by one. Prints their names in the order of the calls. The engine is built
-// in, without what is chosen by processor, so that all machines count alike.
+// in, with vectors that the processor at hand does not choose, so that all machines count alike.
 
 #include "convertCases.h"
 #include "tileCases.h"

@@ -4,36 +4,61 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <chrono>
+#include <ctime>
+#include <vector>
 
 namespace bench {
 
-/// Seconds that one of `calls` calls of `work` takes.
+/// Seconds of the processor's time that one of `calls` calls of `work` takes. What other programs
+/// do meanwhile does not count.
 template <class Work>
-double seconds(const Work& work, int calls = 1) {
-    const auto start = std::chrono::steady_clock::now();
+double seconds(const Work& work, int calls) {
+    const auto now = [] {
+        timespec time{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+    };
+    const double start = now();
     for (int i = 0; i < calls; ++i) {
         work();
         benchmark::ClobberMemory();
     }
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count() / calls;
+    return (now() - start) / calls;
 }
 
-/// The best times of something and of its limit, taken in turn so that both see the same machine.
-struct Best {
-    double time = 1e9;
-    double limit = 1e9;
-
+/// The times of something and of its limit, taken in turn so that both see the same machine.
+class Times {
+public:
     template <class Work, class Limit>
     void measure(benchmark::State& state, const Work& work, const Limit& limiting, int calls = 1) {
+        limits.push_back(seconds(limiting, calls));
         for (auto iteration : state) {
             (void)iteration;
-            const double taken = seconds(work, calls);
-            limit = std::min(limit, seconds(limiting, calls));
-            time = std::min(time, taken);
-            state.SetIterationTime(taken * calls);
+            times.push_back(seconds(work, calls));
+            limits.push_back(seconds(limiting, calls));
+            state.SetIterationTime((times.back() + limits.back()) * calls);
         }
     }
+
+    /// The best of both, where what is sought is what the machine can do when left alone.
+    double best() const { return *std::min_element(times.begin(), times.end()); }
+    double bestLimit() const { return *std::min_element(limits.begin(), limits.end()); }
+
+    /// The median of what `figure` makes of a time and of the mean of the limits around it. It
+    /// tells small differences, as what changes slowly touches both alike.
+    template <class Figure>
+    double median(const Figure& figure) const {
+        std::vector<double> figures;
+        for (std::size_t i = 0; i < times.size(); ++i)
+            figures.push_back(figure(times[i], (limits[i] + limits[i + 1]) / 2));
+        const auto middle = figures.begin() + static_cast<std::ptrdiff_t>(figures.size() / 2);
+        std::nth_element(figures.begin(), middle, figures.end());
+        return *middle;
+    }
+
+private:
+    std::vector<double> times;
+    std::vector<double> limits;
 };
 
 /// Adds a case that runs for so many seconds: short enough for a table to be done within a minute,
