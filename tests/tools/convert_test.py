@@ -1,4 +1,5 @@
 """Pixels that come out of `zel convert`, against other programs and plain arithmetic."""
+import json
 import os
 import resource
 import unittest
@@ -60,6 +61,29 @@ class Values(ToolTest):
             with self.subTest(words):
                 self.zel("convert", "in.pfm", "out.pgm", "--type", "u8", *words)
                 self.assertEqual(samples_of(self.read("out.pgm")), samples)
+
+    def test_numbers_shown_as_white_become_white(self):
+        samples = [0, 1, 2000, 4095]
+        self.write("in.pgm", pgm(4, 1, samples, 4095))
+        expected = samples_of(command("pamdepth", "255", "in.pgm"))
+        for name in ("out.pgm", "out.png", "out.gif"):
+            words = ["--type", "u8"] if name != "out.gif" else []
+            note = self.zel("convert", "in.pgm", name, *words).err
+            self.assertEqual(note, "zel: %s: values scaled from ushort 0..4095 to uchar 0..255\n" % name)
+            self.zel("convert", name, "seen.pgm", "--model", "luminance")
+            self.assertEqual(samples_of(self.read("seen.pgm")), expected, name)
+        # A format that keeps the type shows the numbers all the same, unless it tells their range.
+        self.zel("convert", "in.pgm", "out.png")
+        self.assertEqual(samples_of(command("pngtopam", "out.png")),
+                         [nearest(v * 65535 / 4095) for v in samples])
+        self.zel("convert", "in.pgm", "out.tif")
+        self.assertEqual(tiff_samples("out.tif", "H"), samples)
+        self.zel("convert", "in.pgm", "out.png", "--values", "clamp")
+        self.assertEqual(samples_of(command("pngtopam", "out.png")), samples)
+        self.write("in.pfm", pfm(3, 1, [0.0, 1.5, 3.0]).replace(b"\n-1\n", b"\n-3\n"))
+        self.zel("convert", "in.pfm", "out.pgm", "--type", "u8")
+        self.assertEqual(samples_of(self.read("out.pgm")),
+                         samples_of(command("pamtopnm", stdin=command("pfmtopam", "in.pfm"))))
 
     def test_notes_say_what_was_done(self):
         self.write("in.pgm", pgm(3, 1, [0, 255, 256], 65535))
@@ -140,6 +164,37 @@ class Geometry(ToolTest):
                     self.assertEqual(self.read("o.ppm"),
                                      command("pamcut", "-left", "3", "-top", "5", "-width", "40",
                                              "-height", "30", "scene.ppm"))
+
+    def test_upright_where_few_programs_heed_the_orientation(self):
+        samples = self.scene()
+        self.zel("convert", "scene.ppm", "turned.tif", "--orientation", "right-upper")
+        for name, reader in (("o.png", ["pngtopam"]), ("o.webp", ["convert-im6.q16"]),
+                             ("o.jpg", ["djpeg"])):
+            with self.subTest(name):
+                self.zel("convert", "turned.tif", name)
+                self.assertIn("upper-left", self.zel("info", name).out)
+                to = ["ppm:-"] if name == "o.webp" else []
+                seen = samples_of(command(*reader, name, *to))
+                self.assertLess(sum(abs(a - b) for a, b in zip(seen, samples)) / len(samples),
+                                20 if name == "o.jpg" else 1e-9)
+        # Asked for, or as it was.
+        self.zel("convert", "turned.tif", "o.jpg", "--orientation", "lower-left")
+        for name, orientation in (("p.jpg", "lower-left"), ("p.tif", "lower-left"),
+                                  ("p.tga", "lower-left"), ("p.png", "upper-left")):
+            self.zel("convert", "o.jpg", name)
+            self.assertEqual(json.loads(self.zel("info", "--json", name).out)[0]["orientation"],
+                             orientation)
+
+    def test_losses_are_not_handed_on(self):
+        self.scene()
+        self.write("a.jpg", command("cjpeg", "scene.ppm"))
+        for name, compression in (("a.tif", "none"), ("a.webp", "ZIP"), ("a.png", "ZIP")):
+            self.zel("convert", "a.jpg", name)
+            self.assertIn(compression, self.zel("info", name).out)
+            self.assertEqual(self.zel("compare", "a.jpg", name).out, "equal\n")
+        self.zel("convert", "a.jpg", "b.tif", "--compression", "jpeg")
+        self.zel("convert", "b.tif", "c.tif")
+        self.assertIn(b"Compression Scheme: JPEG", command("tiffinfo", "c.tif"))
 
     def test_large_images_in_little_memory(self):
         # Large enough that rows and columns cannot be exchanged in one block.

@@ -129,11 +129,13 @@ Command addConvertCommand(CLI::App& app) {
                         "Channel order: interleaved, sequential, separate");
     command->add_option("--orientation", words->orientation,
                         "Corner of the first pixel: upper-left, lower-left, left-upper, ... The "
-                        "pixels move, so that the picture stays");
+                        "pixels move, so that the picture stays. Default: as in IN where programs "
+                        "heed it (BMP, HDR, PNM, TGA, TIFF) or the format stays, else upright");
     command->add_option("--model", words->model,
                         "Colour model: luminance, RGB, RGBA, palette, negative, ...");
     command->add_option("--compression", words->compression,
-                        "none, lzw, zip, jpeg, packbits, fax3, fax4");
+                        "none, lzw, zip, jpeg, packbits, fax3, fax4. Default: as in IN where OUT "
+                        "can, but what loses is kept in the same format only");
     command->add_option("--page", words->page, "Size WxH of the pages that OUT is stored in");
     command->add_option("--region", words->region,
                         "Take the part X,Y,W,H[,Z[,DEPTH]] only, seen upright from the upper left");

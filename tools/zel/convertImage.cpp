@@ -97,8 +97,8 @@ private:
         require(shownName, file->setColormap(map));
     }
 
-    PaletteMapper makePalette(const SourceImage& source) {
-        const ColorHistogram colors = surveyColors(source, options.pixels, shownName);
+    PaletteMapper makePalette(const SourceImage& source, const PixelPipeline::Options& pixels) {
+        const ColorHistogram colors = surveyColors(source, pixels, shownName);
         ReducedPalette palette = reduceColors(colors);
         const zelColormap map = palette.colormap();
         require(shownName, file->setColormap(&map));
@@ -107,17 +107,36 @@ private:
         return {std::move(palette), options.dithers};
     }
 
+    /// The numbers that the source says to stand for black and white count as its full range,
+    /// unless the new image keeps them and says so too.
+    PixelPipeline::Options pixelOptions(const SourceImage& source) {
+        PixelPipeline::Options pixels = options.pixels;
+        const std::optional<ValueRange> shown = shownRange(source);
+        if (pixels.mode != ValueMode::scale || pixels.inputRange || !shown) {
+            return pixels;
+        }
+        const zelDataType type = file->getDataType();
+        const bool keepsReals = !zelDataIsIntegral(source.layout.type) && !zelDataIsIntegral(type);
+        const bool says = !options.strip && type == source.layout.type &&
+                          file->setScaleMinMax(shown->low, shown->high) == zelOKAY;
+        if (!keepsReals && !says) {
+            pixels.inputRange = shown;
+        }
+        return pixels;
+    }
+
     void fill(const SourceImage& source) {
         const PixelLayout out{file->getDataType(), modelFor(source), file->getCsize()};
+        const PixelPipeline::Options pixels = pixelOptions(source);
         const bool indexed = out.model == zelRGBPalette;
         const bool keeps = indexed && keepsIndexes(source, options, out.type);
         std::optional<PaletteMapper> mapper;
         if (keeps) {
             carryPalette(source);
         } else if (indexed) {
-            mapper.emplace(makePalette(source));
+            mapper.emplace(makePalette(source, pixels));
         }
-        PixelPipeline pipeline(source.layout, mapper ? kReducibleLayout : out, options.pixels,
+        PixelPipeline pipeline(source.layout, mapper ? kReducibleLayout : out, pixels,
                                keeps ? std::nullopt : source.palette);
         if (!options.strip) {
             for (const std::string& what : carryMetadata(source, *file, pipeline.values())) {

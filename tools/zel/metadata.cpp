@@ -60,13 +60,15 @@ int colourSpace(zelColorModel model) {
 /// False if there is something to carry and the target does not take it.
 bool carryRange(zelFile& from, zelFile& to, ValueMap map, GetRange get, SetRange set) {
     std::array<double, 2> range{};
-    const ValueRange full = fullRange(from.getDataType());
-    if ((from.*get)(range[0], range[1]) != zelOKAY ||
-        (range[0] == full.low && range[1] == full.high)) {
+    const auto isFull = [&range](const zelFile& file) {
+        const ValueRange full = fullRange(file.getDataType());
+        return range[0] == full.low && range[1] == full.high;
+    };
+    if ((from.*get)(range[0], range[1]) != zelOKAY || isFull(from)) {
         return true;
     }
     map.apply(range);
-    return (to.*set)(range[0], range[1]) == zelOKAY;
+    return isFull(to) || (to.*set)(range[0], range[1]) == zelOKAY;
 }
 
 bool carryProfile(const SourceImage& source, zelFile& target) {

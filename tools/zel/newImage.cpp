@@ -6,6 +6,8 @@
 #include <zel/zelTypeNames.h>
 
 #include <algorithm>
+#include <array>
+#include <string_view>
 
 namespace zel::tool {
 namespace {
@@ -111,14 +113,36 @@ std::vector<zelDataType> typeChoices(zelDataType base, const ConvertOptions& opt
     return choices;
 }
 
+bool isOfFormat(const SourceImage& source, const zelFormat& format) {
+    return source.file.getFormat() == &format;
+}
+
+/// Upright, unless the target's format has a place for the orientation that every program heeds, or
+/// the picture is no worse off than it was. 0 leaves the choice to the library.
+zelOrientation orientationFor(const SourceImage& source, const ConvertOptions& options,
+                              zelFormat& format) {
+    if (options.orientation) {
+        return *options.orientation;
+    }
+    constexpr std::array heeded{"BMP", "HDR", "PNM", "TGA", "TIFF"};
+    const bool keeps =
+        isOfFormat(source, format) ||
+        std::find(heeded.begin(), heeded.end(), std::string_view(format.getName())) != heeded.end();
+    return keeps || !format.orientationIsSupported(zelUpperLeftOrigin) ? zelOrientation{}
+                                                                       : zelUpperLeftOrigin;
+}
+
 std::vector<zelCompression> compressionChoices(const SourceImage& source,
                                                const ConvertOptions& options, zelFormat& format) {
     if (options.compression) {
         return {*options.compression};
     }
+    // What a picture lost in one format is no reason to lose more in another.
+    const zelCompression own = source.file.getCompression();
+    const bool inherits = own != zelJPEG || isOfFormat(source, format);
     std::vector<zelCompression> choices;
-    for (const zelCompression compression :
-         {source.file.getCompression(), format.getPreferredCompression(), zelNoCompression}) {
+    for (const zelCompression compression : {inherits ? own : format.getPreferredCompression(),
+                                             format.getPreferredCompression(), zelNoCompression}) {
         if (format.compressionIsSupported(compression)) {
             addOnce(choices, compression);
         }
@@ -134,7 +158,7 @@ zelStatus settle(const SourceImage& source, const ConvertOptions& options, zelFo
         model == source.layout.model ? source.layout.channels : zelColorModelChans(model);
     config.setDimensions({source.region.nx, source.region.ny, source.region.nz, channels});
     config.setOrder(options.order.value_or(zelOrder{}));
-    config.setOrientation(options.orientation.value_or(zelOrientation{}));
+    config.setOrientation(orientationFor(source, options, format));
     zelStatus status = format.applyDefaults(&source.file, config);
     if (options.page) {
         const int pageChannels = config.getOrder() == zelSeparate ? 1 : channels;

@@ -68,6 +68,18 @@ SourceImage describeSource(zelFile& file, const std::string& name, const Convert
             model == zelRGBPalette ? paletteOf(file, name) : std::nullopt};
 }
 
+std::optional<ValueRange> shownRange(const SourceImage& source) {
+    ValueRange range{};
+    const zelDataType type = source.layout.type;
+    const ValueRange full = fullRange(type);
+    if (source.palette || source.file.getScaleMinMax(range.low, range.high) != zelOKAY ||
+        !(range.low < range.high) || range.low < zelDataMin(type) ||
+        range.high > zelDataMax(type) || (range.low == full.low && range.high == full.high)) {
+        return std::nullopt;
+    }
+    return range;
+}
+
 bool hasAlpha(const SourceImage& source) {
     return zelColorModelHasAlpha(source.layout.model) ||
            (source.palette && source.palette->hasAlpha());

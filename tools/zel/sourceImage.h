@@ -25,6 +25,9 @@ struct SourceImage {
 /// part.
 SourceImage describeSource(zelFile& file, const std::string& name, const ConvertOptions& options);
 
+/// The numbers that the image is to be shown by, where it names others than its type's full range.
+std::optional<ValueRange> shownRange(const SourceImage& source);
+
 bool hasAlpha(const SourceImage& source);
 
 /// Whether there is a way from one colour model to another, be it by a reduction of the colours.
