@@ -5,6 +5,7 @@
 
 #include <bit>
 #include <climits>
+#include <cstdlib>
 #include <cstring>
 
 namespace zelpng {
@@ -15,8 +16,8 @@ namespace {
 constexpr std::int64_t largestInflation = 1032;
 
 // For what libpng takes from ancillary chunks: a text of a few KB may stand for gigabytes.
-constexpr png_alloc_size_t largestChunk = 8 << 20;
-constexpr png_uint_32 mostChunks = 32;
+constexpr png_alloc_size_t largestChunk = Decoder::mostHeaderBytes;
+constexpr png_uint_32 mostChunks = 100;
 
 void setLimits(png_structp png) {
     png_set_user_limits(png, INT_MAX, INT_MAX);
@@ -67,9 +68,25 @@ zelStatus Decoder::checkLength(const Header& header) const {
                                                                 : zelStatusEncode(zelCORRUPTED);
 }
 
+// A failure in the header costs no more than the chunk that asked.
+png_voidp Decoder::allocate(png_structp png, png_alloc_size_t bytes) {
+    Decoder& decoder = *static_cast<Decoder*>(png_get_mem_ptr(png));
+    if (decoder.readsHeader_) {
+        if (bytes > decoder.headerBytesLeft_)
+            return nullptr;
+        decoder.headerBytesLeft_ -= bytes;
+    }
+    return std::malloc(bytes);
+}
+
+void Decoder::release(png_structp, png_voidp memory) {
+    std::free(memory);
+}
+
 zelStatus Decoder::open(Header& header) {
     if (isReady())
-        png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, onError, onWarning);
+        png_ = png_create_read_struct_2(PNG_LIBPNG_VER_STRING, static_cast<Codec*>(this), onError,
+                                        onWarning, this, allocate, release);
     if (!png_)
         return zelkit::noMemory();
     zelStatus status = run([this] {
@@ -79,6 +96,7 @@ zelStatus Decoder::open(Header& header) {
         png_read_info(png_, info_);
         header_ = headerOf(png_, info_);
     });
+    readsHeader_ = false;
     if (status == zelOKAY)
         status = checkLength(header_);
     if (status == zelOKAY)

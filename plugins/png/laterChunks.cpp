@@ -16,7 +16,7 @@ using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::int64_t signatureBytes = 8;
 constexpr std::size_t headBytes = 8;
-constexpr std::size_t mostBytes = 8 << 20;
+constexpr std::size_t mostBytes = 2 << 20;
 
 // The signature and the header of a grey image of one pixel.
 constexpr std::uint8_t onePixel[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n', 0,    0,    0,

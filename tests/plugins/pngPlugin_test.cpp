@@ -1,12 +1,16 @@
 #include "plugins/corpusSuite.h"
 #include "plugins/fileScene.h"
 #include "plugins/pluginSuite.h"
+#include "support/childProcess.h"
 
 #include <zel/zelColormap.h>
 #include <zel/zelFormat.h>
 #include <zel/zelTag.h>
 
 #include <algorithm>
+#include <fstream>
+#include <sys/resource.h>
+#include <unistd.h>
 
 namespace zel::test {
 
@@ -185,6 +189,37 @@ TEST_F(PngExchange, ReadsMetadataBehindThePixels) {
     EXPECT_EQ(file->getTag(306, &text), zelOKAY);
     EXPECT_STREQ(text, "1999:02:03 04:05:06");
     EXPECT_EQ(file->close(0), zelOKAY);
+}
+
+TEST_F(PngExchange, TakesLittleMemoryForTextsThatInflate) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the sanitizer takes memory of its own";
+#endif
+    const zelSize size(9, 7, 1, 1);
+    zelFile* const file = create("own.png", zelFileConfig(&size, zelUChar));
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(file->setTag(270, std::string(7 << 20, 'a').c_str()), zelOKAY);
+    EXPECT_EQ(file->close(0), zelOKAY);
+    std::string whole = content("own.png");
+    const std::size_t at = whole.find("zTXt") - 4;
+    const std::string chunk = whole.substr(at, whole.find("IDAT") - 4 - at);
+    ASSERT_LT(chunk.size(), 20000u);
+    for (int i = 0; i < 20; i++)
+        whole.insert(at, chunk);
+    for (const std::string& content : {whole, withLaterChunks(whole)}) {
+        write("bomb.png", content);
+        const ChildResult result = runInChild([this]() -> std::string {
+            std::ifstream statm("/proc/self/statm");
+            rlim_t pages = 0;
+            statm >> pages;
+            const rlim_t bytes = pages * static_cast<rlim_t>(getpagesize()) + (32u << 20);
+            const rlimit limit = {bytes, bytes};
+            setrlimit(RLIMIT_AS, &limit);
+            return std::to_string(statusOfReading("bomb.png"));
+        });
+        EXPECT_EQ(result.text, "0");
+        EXPECT_GT(result.reports.size(), 0u);
+    }
 }
 
 TEST_F(PngExchange, SpreadsSmallGreyAndKeepsSmallIndexes) {
