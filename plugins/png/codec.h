@@ -40,6 +40,7 @@ protected:
     zelStatus writeOut();
     std::int64_t fileLength() const { return length_; }
     bool isReady() const { return buffer_.size() > 0; }
+    const char* name() const { return name_.c_str(); }
 
     static void onError(png_structp png, png_const_charp message);
     static void onWarning(png_structp png, png_const_charp message);

@@ -1,5 +1,6 @@
 #include "encoder.h"
 
+#include <algorithm>
 #include <bit>
 #include <cerrno>
 #include <climits>
@@ -16,6 +17,8 @@ zelStatus Encoder::open(const Header& header, const Options& options, const Meta
     if (!png_)
         return zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
     rowBytes_ = header.rowBytes;
+    if (header.bits == 8)
+        colors_ = metadata.colors.size() / static_cast<std::size_t>(metadata.colorChannels);
     ChunkSet chunks(metadata);
     return run([&] {
         info_ = png_create_info_struct(png_);
@@ -40,6 +43,11 @@ zelStatus Encoder::open(const Header& header, const Options& options, const Meta
 }
 
 zelStatus Encoder::encodeRows(const std::uint8_t* rows, int count) {
+    const std::uint8_t* const end = rows + static_cast<std::size_t>(count) * rowBytes_;
+    if (colors_ > 0 && *std::max_element(rows, end) >= colors_) {
+        zelError(zelSevWarning, "%s: an index is beyond the colour map", name());
+        return zelStatusEncode(zelBADPARAMS);
+    }
     return run([=, this] {
         for (int i = 0; i < count; i++)
             png_write_row(png_, rows + static_cast<std::size_t>(i) * rowBytes_);

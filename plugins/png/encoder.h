@@ -21,6 +21,7 @@ public:
 
     /// Writes all that stands before the pixels. Of the header, interlacing does not count.
     zelStatus open(const Header& header, const Options& options, const Metadata& metadata);
+    /// zelBADPARAMS and a warning for an index that the palette lacks.
     zelStatus encodeRows(const std::uint8_t* rows, int count);
     zelStatus finish();
 
@@ -28,6 +29,7 @@ private:
     png_structp png_ = nullptr;
     png_infop info_ = nullptr;
     std::size_t rowBytes_ = 0;
+    std::size_t colors_ = 0; ///< of a palette of bytes; 0: none
 };
 
 } // namespace zelpng

@@ -80,7 +80,8 @@ Metadata PngFile::metadataToWrite() const {
     if (!palette)
         return metadata;
     metadata.colorChannels = palette->getNumChans();
-    const int entries = std::min(palette->getLength(), 1 << header_.bits);
+    const int most = 1 << header_.bits;
+    const int entries = header_.bits == 1 ? most : std::min(palette->getLength(), most);
     for (int i = 0; i < entries; i++)
         for (int c = 0; c < metadata.colorChannels; c++)
             metadata.colors.push_back(zelkit::paletteByte(*palette, i, c));

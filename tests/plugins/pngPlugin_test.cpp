@@ -191,6 +191,21 @@ TEST_F(PngExchange, ReadsMetadataBehindThePixels) {
     EXPECT_EQ(file->close(0), zelOKAY);
 }
 
+TEST_F(PngExchange, RefusesIndexesWithoutColour) {
+    const zelSize size(4, 1, 1, 1);
+    for (const int last : {1, 2, 3}) {
+        zelFile* const file =
+            create("own.png", zelFileConfig(&size, zelUChar, zelInterleaved, zelRGBPalette));
+        ASSERT_NE(file, nullptr);
+        const zelColormap map(3, zelUChar, 0, 2);
+        EXPECT_EQ(file->setColormap(&map), zelOKAY);
+        Pixels pixels(zelUChar, 4, 1, 1);
+        pixels.set(3, 0, 0, last);
+        EXPECT_EQ(writePixels(file, pixels), zelOKAY);
+        EXPECT_EQ(zelStatusMain(file->close(0)), last < 3 ? zelOKAY : zelBADPARAMS) << last;
+    }
+}
+
 TEST_F(PngExchange, TakesLittleMemoryForTextsThatInflate) {
 #if defined(__SANITIZE_ADDRESS__)
     GTEST_SKIP() << "the sanitizer takes memory of its own";
