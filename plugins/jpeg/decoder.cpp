@@ -24,7 +24,17 @@ constexpr int mostScans = 500;
 
 constexpr int exifMarker = JPEG_APP0 + 1;
 constexpr int iccMarker = JPEG_APP0 + 2;
+constexpr int keptMarkers[] = {exifMarker, iccMarker, JPEG_COM};
 constexpr unsigned wholeMarker = 0xffff;
+
+// The largest profile, and room for the rest. Of what comes behind, no markers are kept.
+constexpr std::int64_t mostHeaderBytes = 20 << 20;
+constexpr std::size_t longestComment = 1 << 20;
+
+void keepMarkers(j_decompress_ptr info, unsigned bytes) {
+    for (const int marker : keptMarkers)
+        jpeg_save_markers(info, marker, bytes);
+}
 
 void invert(std::uint8_t* samples, std::size_t count) {
     std::transform(samples, samples + count, samples,
@@ -54,6 +64,8 @@ boolean Decoder::fillBuffer(j_decompress_ptr info) {
     if (got == 0)
         decoder.fail(zelStatusEncode(zelPREMATUREEOF), "the file ends too early");
     decoder.position_ += static_cast<std::int64_t>(got);
+    if (decoder.position_ > mostHeaderBytes)
+        keepMarkers(info, 0);
     info->src->next_input_byte = decoder.buffer_.data();
     info->src->bytes_in_buffer = got;
     return TRUE;
@@ -91,8 +103,7 @@ zelStatus Decoder::open(Header& header) {
             info_.src = &source_;
             progress_.progress_monitor = watchScans;
             info_.progress = &progress_;
-            for (const int marker : {exifMarker, iccMarker, int{JPEG_COM}})
-                jpeg_save_markers(&info_, marker, wholeMarker);
+            keepMarkers(&info_, wholeMarker);
             jpeg_read_header(&info_, TRUE);
             chooseColors();
             jpeg_calc_output_dimensions(&info_);
@@ -138,7 +149,7 @@ void Decoder::getMetadata(Metadata& metadata) {
         const std::span<const std::uint8_t> bytes(marker->data, marker->data_length);
         if (marker->marker == exifMarker)
             zelkit::readExif(bytes, metadata.fields);
-        if (marker->marker == JPEG_COM)
+        if (marker->marker == JPEG_COM && comment.size() < longestComment)
             comment += (comment.empty() ? "" : "\n") + std::string(bytes.begin(), bytes.end());
     }
     if (!comment.empty())
