@@ -93,15 +93,55 @@ class Failing(ToolTest):
             self.assertEqual(self.read("old.tif"), b"old")
 
 
+class Large(ToolTest):
+    def test_many_images_that_need_a_bigtiff_together(self):
+        # The file is looked at while it is made, since four GiB are much for a test.
+        header = b"P5\n50000 44000\n255\n"
+        with open("in.pgm", "wb") as file:
+            for i in range(2):
+                file.seek(i * (len(header) + 50000 * 44000))
+                file.write(header)
+            file.truncate(2 * (len(header) + 50000 * 44000))
+        for words, version in (["--all"], 43), ([], 42), (["--all", "--region", "0,0,9,9"], 42):
+            work = subprocess.Popen([ZEL, "convert", "in.pgm", "out.tif", *words])
+            start = b""
+            end = time.monotonic() + 20
+            while len(start) < 4 and time.monotonic() < end:
+                for name in set(os.listdir()) - {"in.pgm"}:
+                    start = self.read_start(name)
+            work.terminate()
+            work.wait()
+            self.assertEqual(start, b"II%c\0" % version, words)
+            if os.path.exists("out.tif"):
+                os.unlink("out.tif")
+
+    def read_start(self, name):
+        try:
+            with open(name, "rb") as file:
+                return file.read(4)
+        except FileNotFoundError:
+            return b""
+
+
 class Messages(ToolTest):
     def test_reasons_and_exit_statuses(self):
         self.scene("a.ppm")
         self.write("noise", b"no image at all")
+        self.write("empty.png", b"")
+        self.write("b#1.ppm", b"P5")
         cases = [
+            (1, ["info", "empty.png"], "zel: empty.png: the file is empty\n"),
+            (1, ["info", "-"], "zel: -: images are not read from or written to a pipe"),
+            (1, ["convert", "a.ppm", "-"], "zel: -: images are not read from or written to a pipe"),
+            (1, ["stats", ""], 'zel: "": this is no name of a file\n'),
+            (1, ["info", "b#1.ppm"], 'the file of this name is called "b##1.ppm"\n'),
+            (1, ["info", "*.tif"], "zel: *.tif: No such file or directory\n"),
+            (1, ["info", "a.ppm/x"], "zel: a.ppm/x: Not a directory\n"),
+            (1, ["info", "/dev/null"], "zel: /dev/null: is no regular file\n"),
             (1, ["info", "none.ppm"], "zel: none.ppm: No such file or directory\n"),
             (1, ["info", "noise"], "zel: noise: no format recognises the file; "
                                    "the formats are "),
-            (1, ["info", "."], "zel: .: is no regular file\n"),
+            (1, ["info", "."], "zel: .: is a directory\n"),
             (1, ["info", "a.ppm:4"], "zel: a.ppm:4: there is no image 4 in the file\n"),
             (1, ["info", "a.ppm#NONE"], 'unknown format "NONE"; the formats are '),
             (1, ["convert", "a.ppm", "b", "--format", "NONE"], 'zel: b: unknown format "NONE"'),
@@ -133,7 +173,25 @@ class Messages(ToolTest):
                 self.assertIn(text, result.err)
                 self.assertTrue(result.err.startswith("zel: "))
                 self.assertEqual(result.out, "")
-        self.assertEqual(sorted(os.listdir()), ["a.ppm", "noise"])
+        self.assertEqual(sorted(os.listdir()), ["a.ppm", "b#1.ppm", "empty.png", "noise"])
+
+    def test_a_suffix_of_no_format_is_told(self):
+        self.scene("a.ppm")
+        self.assertEqual(self.zel("convert", "a.ppm", "a.jpgg").err,
+                         "zel: a.jpgg: no format has this suffix; it becomes a TIFF file\n")
+        self.assertEqual(self.zel("convert", "a.ppm", "b", "--format", "tiff").err, "")
+
+    def test_a_file_that_may_not_be_read(self):
+        self.scene("a.ppm")
+        os.chmod(".", 0o755)
+        os.chmod("a.ppm", 0)
+
+        def become_nobody():
+            if os.getuid() == 0:
+                os.setuid(65534)
+
+        error = self.zel("info", "a.ppm", status=1, preexec_fn=become_nobody).err
+        self.assertEqual(error, "zel: a.ppm: Permission denied\n")
 
     def test_output_that_cannot_be_written_is_a_failure(self):
         with open("/dev/full", "wb") as full:

@@ -2,11 +2,13 @@
 import json
 import math
 import os
+import pty
 import re
 import statistics
+import subprocess
 import unittest
 
-from support import ToolTest, command, pfm, pgm
+from support import ZEL, ToolTest, command, pfm, pgm
 
 
 class Formats(ToolTest):
@@ -107,6 +109,38 @@ class Stats(ToolTest):
         channel = json.loads(self.zel("stats", "--json", "a.pfm").out)[0]["channels"][0]
         self.assertEqual(channel, {"channel": 0, "min": 1.0, "max": 4.0, "mean": 2.5,
                                    "stddev": 1.5, "nan": 1, "inf": 2})
+
+
+class ProgressLine(ToolTest):
+    def stats(self, side):
+        """What is written to standard error, a terminal, while an image of zeros is measured."""
+        with open("in.pgm", "wb") as file:
+            header = b"P5\n%d %d\n255\n" % (side, side)
+            file.write(header)
+            file.truncate(len(header) + side * side)
+        main, terminal = pty.openpty()
+        with subprocess.Popen([ZEL, "stats", "in.pgm"], stderr=terminal,
+                              stdout=subprocess.DEVNULL):
+            os.close(terminal)
+            seen = b""
+            while True:
+                try:
+                    seen += os.read(main, 4096)
+                except OSError:  # the other end is closed
+                    os.close(main)
+                    return seen
+
+    def test_on_a_terminal_for_long_work(self):
+        self.assertEqual(self.stats(500), b"")
+        side = 3000
+        seen = b""
+        while not seen and side <= 64000:
+            seen = self.stats(side)
+            side *= 2
+        self.assertRegex(seen, br"^(\rzel: in.pgm: \d+%\x1b\[K)+\r\x1b\[K$")
+        percents = [int(p) for p in re.findall(br"(\d+)%", seen)]
+        self.assertEqual(percents, sorted(percents))
+        self.assertEqual(self.zel("stats", "in.pgm").err, "")
 
 
 class Compare(ToolTest):

@@ -179,7 +179,12 @@ int checkDatabase(const std::string& file, const std::vector<std::string>& sampl
     reportSameNames(entries);
     reportSharedSuffixes(entries);
     for (const std::string& sample : samples) {
-        reportSample(sample, entries);
+        try {
+            reportSample(sample, entries);
+        } catch (const Failure& failure) {
+            std::cout << "error: " << failure.name << ": " << failure.reason << '\n';
+            sound = false;
+        }
     }
     sound = reportPlugins(entries) && sound;
     std::cout << entries.size() << (entries.size() == 1 ? " format; " : " formats; ")

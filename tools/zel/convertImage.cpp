@@ -10,15 +10,33 @@
 #include "valueNames.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace zel::tool {
 namespace {
 
+/// The bytes of an image's numbers.
+double sampleBytes(const zelSize& size, zelDataType type) {
+    const double samples = static_cast<double>(size.x) * size.y * size.z * size.c;
+    return samples * static_cast<double>(zelDataSize(type, 8)) / 8;
+}
+
+/// Whether a file might not fit into the 4 GiB of a TIFF that is no BigTIFF. The plug-in has to
+/// choose before it knows of any image but the first.
+bool mayBeBigTiff(const zelFormat& format, const zelFileConfig& first, double laterBytes) {
+    constexpr double limit = 63.0 * (1 << 26);
+    // Compressed noise grows.
+    const double growth = first.getCompression() == zelNoCompression ? 1 : 2;
+    const double bytes = sampleBytes(first.getDimensions(), first.getDataType()) + laterBytes;
+    return std::string_view(format.getName()) == "TIFF" && laterBytes > 0 && growth * bytes > limit;
+}
+
 /// The new file, which gains an image at a time.
 class Output {
 public:
-    Output(const std::string& fullName, const ConvertOptions& opts)
-        : name(splitImageName(fullName)), shownName(fullName), options(opts),
+    /// `bytes` is about the size of the images that will be added behind the first.
+    Output(const std::string& fullName, const ConvertOptions& opts, double bytes)
+        : laterBytes(bytes), name(splitImageName(fullName)), shownName(fullName), options(opts),
           format(findOutputFormat(name, opts.format)), safe(name.file, fullName) {}
 
     ~Output() {
@@ -52,6 +70,11 @@ private:
         ImageName temporary;
         temporary.file = safe.temporaryFile();
         temporary.arguments = name.arguments;
+        std::string arguments = name.arguments.value_or("");
+        if (mayBeBigTiff(format, config, laterBytes) &&
+            arguments.find("bigtiff") == std::string::npos) {
+            temporary.arguments = arguments + (arguments.empty() ? "bigtiff" : "%bigtiff");
+        }
         zelStatus status = zelOKAY;
         file.reset(
             zelFile::create(joinImageName(temporary).c_str(), nullptr, &config, &format, &status));
@@ -197,6 +220,7 @@ private:
         }
     }
 
+    double laterBytes;
     ImageName name;
     std::string shownName;
     const ConvertOptions& options;
@@ -212,6 +236,7 @@ private:
 };
 
 void checkNames(const ImageName& in, const ImageName& out, const ConvertOptions& options) {
+    requireFileName(joinImageName(out));
     if (out.index >= 0) {
         throw UsageError{"OUT names a whole new file and takes no image index"};
     }
@@ -227,15 +252,26 @@ void convertImage(const std::string& in, const std::string& out, const ConvertOp
     checkNames(inName, splitImageName(out), options);
     const WorkingOn working(in);
     const ImageFile source = openImage(in);
-    Output output(out, options);
     const int images = options.allImages ? source->getNumImgs() : 1;
-    for (int i = 0; i < images; ++i) {
+    const auto select = [&](int index) {
         ImageName imageName = inName;
         if (options.allImages) {
-            imageName.index = images > 1 ? i : -1;
-            selectImage(*source, joinImageName(imageName), i);
+            imageName.index = images > 1 ? index : -1;
+            selectImage(*source, joinImageName(imageName), index);
         }
-        output.add(*source, joinImageName(imageName));
+        return joinImageName(imageName);
+    };
+    double laterBytes = 0;
+    for (int i = 1; i < images; ++i) {
+        const SourceImage image = describeSource(*source, select(i), options);
+        const zelSize size(image.region.nx, image.region.ny, image.region.nz,
+                           static_cast<int>(image.channels.size()));
+        laterBytes += sampleBytes(size, options.type.value_or(image.layout.type));
+    }
+    Output output(out, options, laterBytes);
+    for (int i = 0; i < images; ++i) {
+        const std::string imageName = select(i);
+        output.add(*source, imageName);
     }
     output.commit();
 }

@@ -163,6 +163,10 @@ zelFormat& findOutputFormat(const ImageName& name, const std::optional<std::stri
                                                    : "no format for this name; the formats are " +
                                                     joinedFormatNames()};
     }
+    if (!formatName && !zelDatabase::findByFileName(name.file.c_str(), 0)) {
+        printMessage(shownName, std::string("no format has this suffix; it becomes a ") +
+                                    entry->getName() + " file");
+    }
     zelFormat& format = loaded(*entry, shownName);
     if (!format.accessModeIsSupported(2)) {
         throw Failure{shownName, std::string("format ") + format.getName() + " cannot be written"};

@@ -3,6 +3,7 @@
 #include "formatList.h"
 #include "imageName.h"
 
+#include <filesystem>
 #include <utility>
 
 namespace zel::tool {
@@ -17,16 +18,30 @@ std::string openFailureText(const ImageName& name, zelStatus status) {
     if (status == zelBADIMGFMT && name.format) {
         return unknownFormatText(*name.format);
     }
+    std::error_code error;
+    if (status == zelBADMAGIC && std::filesystem::file_size(name.file, error) == 0 && !error) {
+        return "the file is empty";
+    }
     if (status == zelBADMAGIC) {
         return "no format recognises the file; the formats are " + joinedFormatNames();
     }
     if (status == zelOPENFAILED) {
-        return "is no regular file";
+        return std::filesystem::is_directory(name.file, error) ? "is a directory"
+                                                               : "is no regular file";
     }
     if (status == zelFILEINDEXOOB) {
         return "there is no image " + std::to_string(name.index) + " in the file";
     }
     return statusText(status);
+}
+
+/// A file whose name, taken as a full name, says something else.
+std::string misreadNameHint(const std::string& fullName) {
+    std::error_code error;
+    const ImageName plain{fullName, {}, -1, {}};
+    return splitImageName(fullName).file != fullName && std::filesystem::exists(fullName, error)
+               ? "; the file of this name is called \"" + joinImageName(plain) + "\""
+               : "";
 }
 
 } // namespace
@@ -43,12 +58,14 @@ void require(const std::string& name, zelStatus status) {
 }
 
 ImageFile openImage(const std::string& fullName, int mode) {
+    requireFileName(fullName);
     zelStatus status = zelOKAY;
     ImageFile file(zelFile::open(fullName.c_str(), mode, &status));
     const std::string reported = takeExplainedErrors();
     if (!file) {
-        throw Failure{fullName, reported.empty() ? openFailureText(splitImageName(fullName), status)
-                                                 : reported};
+        const std::string reason =
+            reported.empty() ? openFailureText(splitImageName(fullName), status) : reported;
+        throw Failure{fullName, reason + misreadNameHint(fullName)};
     }
     return file;
 }

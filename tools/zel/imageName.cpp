@@ -1,5 +1,7 @@
 #include "imageName.h"
 
+#include "messages.h"
+
 #include <zel/zelFile.h>
 
 #include <cstdlib>
@@ -52,6 +54,15 @@ std::string joinImageName(const ImageName& name) {
         text += '%' + *name.arguments;
     }
     return text;
+}
+
+void requireFileName(const std::string& fullName) {
+    if (fullName.empty()) {
+        throw Failure{"\"\"", "this is no name of a file"};
+    }
+    if (fullName == "-") {
+        throw Failure{fullName, "images are not read from or written to a pipe; name a file"};
+    }
 }
 
 } // namespace zel::tool

@@ -20,6 +20,9 @@ ImageName splitImageName(const std::string& fullName);
 /// The full name that splits into these pieces again.
 std::string joinImageName(const ImageName& name);
 
+/// Throws a Failure for an empty name and for "-", which other programs take for a pipe.
+void requireFileName(const std::string& fullName);
+
 } // namespace zel::tool
 
 #endif

@@ -145,15 +145,31 @@ bool isWellFormed(std::string text, const zelTag& tag, const zelTagDescription& 
     return count == tag.getCount();
 }
 
+/// The words for `count` values that a tag takes, behind "wants".
+std::string kindOfValue(int type) {
+    switch (type) {
+    case zelTagString:
+        return "text";
+    case zelTagBool:
+        return "true or false";
+    case zelTagFloat:
+    case zelTagFloat2:
+    case zelTagDouble:
+    case zelTagDouble2:
+        return "a number";
+    default:
+        return "a whole number";
+    }
+}
+
 std::string wantedText(const zelTag& tag, const zelTagDescription& description) {
-    std::string text = description.description;
+    std::string text = isEnumerated(tag.getType())
+                           ? "the values are " + joinWords(valueNames(description))
+                           : "it wants " + kindOfValue(tag.getType());
     if (tag.getCount() > 1) {
         text += "; " + std::to_string(tag.getCount()) + " values are wanted";
     }
-    if (isEnumerated(tag.getType())) {
-        text += "; the values are " + joinWords(valueNames(description));
-    }
-    return text;
+    return text + " (" + description.description + ")";
 }
 
 } // namespace
@@ -192,6 +208,10 @@ void writeTag(zelFile& file, const std::string& name, zelTagDescription& descrip
     };
     zelTag tag(&description);
     const bool removes = text.empty() && tag.getType() == zelTagString;
+    if (text.empty() && !removes) {
+        throw Failure{name, std::string("tag ") + description.name +
+                                " cannot be taken away, only changed: it is no text"};
+    }
     if (!isWellFormed(text, tag, description) ||
         (!removes && tag.decode(text.c_str()) != zelOKAY)) {
         refuse(wantedText(tag, description));
