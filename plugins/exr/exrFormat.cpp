@@ -3,6 +3,8 @@
 
 #include "kit/tableFormat.h"
 
+#include <algorithm>
+
 namespace zelexr {
 
 namespace {
@@ -29,7 +31,21 @@ constexpr zelkit::Capabilities exrCapabilities = {
     .randomAccessWrite = false,
 };
 
-zelkit::FormatOf<ExrFile> registration("EXR", exrCapabilities, tagTable());
+// Pages are bands, or tiles that are not too small to pay for their own header.
+class ExrFormat : public zelkit::TableFormat {
+public:
+    using TableFormat::TableFormat;
+
+    int pageSizeIsSupported(int x, int y, int z, int c, int pageX, int pageY, int pageZ, int pageC,
+                            zelOrientation at) override {
+        constexpr int smallestTile = 16;
+        const bool tiles = pageX < x && pageX >= smallestTile && pageY >= std::min(y, smallestTile);
+        return TableFormat::pageSizeIsSupported(tiles ? pageX : x, y, z, c, pageX, pageY, pageZ,
+                                                pageC, at);
+    }
+};
+
+zelkit::FormatOf<ExrFile, ExrFormat> registration("EXR", exrCapabilities, tagTable());
 
 } // namespace
 

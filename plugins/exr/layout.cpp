@@ -54,6 +54,22 @@ zelCompression compressionOf(Imf::Compression compression) {
     return zip ? zelZIP : zelUnknownCompression;
 }
 
+// Tiles that are not too large are the pages; of others OpenEXR keeps a row.
+void describeTiles(const Imf::Header& header, Layout& layout) {
+    constexpr std::int64_t mostBytes = 16 << 20;
+    if (!header.hasTileDescription() || layout.chroma)
+        return;
+    const Imf::TileDescription& tiles = header.tileDescription();
+    const auto channels = static_cast<std::int64_t>(layout.channels.size());
+    const auto bytes = zelkit::checkedProduct({tiles.xSize, tiles.ySize, channels, 4});
+    if (!bytes || *bytes < 1 || *bytes > mostBytes)
+        return;
+    layout.tileWidth =
+        static_cast<int>(std::min<unsigned>(tiles.xSize, static_cast<unsigned>(layout.width)));
+    layout.tileHeight =
+        static_cast<int>(std::min<unsigned>(tiles.ySize, static_cast<unsigned>(layout.height)));
+}
+
 // True if the blocks, and the rows of tiles that OpenEXR keeps, are no larger than the file
 // justifies.
 bool blocksFit(const Imf::Header& header, const Layout& layout, std::int64_t fileBytes) {
@@ -64,7 +80,7 @@ bool blocksFit(const Imf::Header& header, const Layout& layout, std::int64_t fil
     if (header.hasTileDescription()) {
         const Imf::TileDescription& tiles = header.tileDescription();
         rows = tiles.ySize;
-        width = std::max<std::int64_t>(width, tiles.xSize);
+        width = layout.tileWidth > 0 ? tiles.xSize : std::max<std::int64_t>(width, tiles.xSize);
     }
     const auto bytes = zelkit::checkedProduct({rows, width, channels, 4});
     return bytes && limit && *bytes <= *limit + (16 << 20);
@@ -76,6 +92,9 @@ zelStatus describeChannels(const Imf::Header& header, Layout& layout) {
     bool numbers = true;
     bool dense = true;
     for (auto channel = list.begin(); channel != list.end(); ++channel) {
+        // Numbers of things are not to be mixed as colours are.
+        if (layout.deep && channel.channel().type == Imf::UINT)
+            continue;
         layout.channels.emplace_back(channel.name());
         numbers = numbers && channel.channel().type == Imf::UINT;
         dense = dense && channel.channel().xSampling == 1 && channel.channel().ySampling == 1;
@@ -90,7 +109,7 @@ zelStatus describeChannels(const Imf::Header& header, Layout& layout) {
     }
     // The list is sorted by name.
     std::ranges::stable_sort(layout.channels, {}, rankOf);
-    layout.type = numbers && !layout.chroma ? zelUInt : zelFloat;
+    layout.type = numbers && !layout.chroma && !layout.deep ? zelUInt : zelFloat;
     layout.colorModel = modelOf(layout.channels);
     return zelOKAY;
 }
@@ -99,7 +118,8 @@ zelStatus describeChannels(const Imf::Header& header, Layout& layout) {
 
 zelStatus describe(const Imf::Header& header, std::int64_t fileBytes, Layout& layout) {
     layout = {};
-    if (header.hasType() && Imf::isDeepData(header.type()))
+    layout.deep = header.hasType() && Imf::isDeepData(header.type());
+    if (layout.deep && header.type() != Imf::DEEPSCANLINE)
         return zelStatusEncode(zelUNSUPPORTEDBYFILE);
     layout.window = header.dataWindow();
     const std::int64_t width = std::int64_t{layout.window.max.x} - layout.window.min.x + 1;
@@ -112,6 +132,7 @@ zelStatus describe(const Imf::Header& header, std::int64_t fileBytes, Layout& la
     const zelStatus status = describeChannels(header, layout);
     if (status != zelOKAY)
         return status;
+    describeTiles(header, layout);
     return blocksFit(header, layout, fileBytes) ? zelOKAY : zelStatusEncode(zelCORRUPTED);
 }
 

@@ -23,9 +23,12 @@ struct Layout {
     zelColorModel colorModel = zelLuminance;
     zelCompression compression = zelNoCompression;
     bool chroma = false; ///< luminance and subsampled chroma, shown as RGB
+    bool deep = false;   ///< any number of samples in a pixel, shown as they cover one another
+    int tileWidth = 0;   ///< of the pages; 0: bands
+    int tileHeight = 0;
 };
 
-/// Settles how a part is shown. Fails with zelUNSUPPORTEDBYFILE for deep data and channels of
+/// Settles how a part is shown. Fails with zelUNSUPPORTEDBYFILE for deep tiles and channels of
 /// different density, and zelCORRUPTED if a block of the part is larger than a file of `fileBytes`
 /// bytes can be to unpack.
 zelStatus describe(const Imf::Header& header, std::int64_t fileBytes, Layout& layout);

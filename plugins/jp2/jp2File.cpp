@@ -174,11 +174,7 @@ Area Jp2File::areaOf(const Box& page) {
 zelStatus Jp2File::getPage(void* data, int x, int y, int z, int c, int nx, int ny, int nz, int nc) {
     if (isNew_)
         return ScanlineFile::getPage(data, x, y, z, c, nx, ny, nz, nc);
-    const auto fits = [](int at, int count, int page, int extent) {
-        return at >= 0 && at < extent && at % page == 0 && count == std::min(page, extent - at);
-    };
-    if (!data || z != 0 || nz != 1 || c != 0 || nc != size.c || !fits(x, nx, pageSize.x, size.x) ||
-        !fits(y, ny, pageSize.y, size.y))
+    if (!data || !isPage(x, y, z, c, nx, ny, nz, nc))
         return zelStatusEncode(zelBADPARAMS);
     if (const auto* const kept = cache_.find(x, y)) {
         std::memcpy(data, kept->data(), kept->size());

@@ -4,10 +4,10 @@
 #include "boxes.h"
 #include "decoder.h"
 #include "encoder.h"
-#include "pageCache.h"
 #include "shape.h"
 
 #include "kit/fileClass.h"
+#include "kit/pageCache.h"
 #include "kit/scanlineFile.h"
 
 #include <memory>
@@ -58,7 +58,7 @@ private:
     Shape shape_;
     View view_;
     std::unique_ptr<Decoder> decoder_;
-    PageCache cache_;
+    zelkit::PageCache cache_;
     int areaRows_ = 0;                           ///< the most that are decoded together
     Box decodedRows_{};                          ///< where pages are bands
     std::vector<std::vector<std::int32_t>> row_; ///< by channel

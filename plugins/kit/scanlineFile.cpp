@@ -24,15 +24,20 @@ std::span<const zelTagDescription> tagsOf(zelFormat* format) {
 } // namespace
 
 std::size_t ScanlineFile::rowBytes() const {
-    const auto elements = static_cast<std::size_t>(size.x) * static_cast<std::size_t>(size.c);
+    return bytesOf(size.x);
+}
+
+// Of a row of so many pixels.
+std::size_t ScanlineFile::bytesOf(int pixels) const {
+    const auto elements = static_cast<std::size_t>(pixels) * static_cast<std::size_t>(size.c);
     return dtype == zelBit ? (elements + 7) / 8 : elements * zelDataSize(dtype, 1);
 }
 
 zelStatus ScanlineFile::makeBand() {
     held_ = -1;
-    nextRow_ = -1;
-    const auto bytes =
-        checkedProduct({static_cast<std::int64_t>(rowBytes()), std::min(pageSize.y, size.y)});
+    next_ = -1;
+    const auto bytes = checkedProduct(
+        {static_cast<std::int64_t>(bytesOf(pageSize.x)), std::min(pageSize.y, size.y)});
     const auto elements = checkedProduct({pageSize.x, pageSize.y, pageSize.c});
     if (!bytes || !elements || *elements > INT_MAX)
         return zelStatusEncode(zelBADPARAMS);
@@ -51,8 +56,8 @@ zelStatus ScanlineFile::beginReading() {
 }
 
 zelStatus ScanlineFile::beginWriting() {
-    if (size.x < 1 || size.y < 1 || size.z != 1 || size.c < 1 || pageSize.x != size.x ||
-        pageSize.y < 1 || pageSize.z != 1 || pageSize.c != size.c)
+    if (size.x < 1 || size.y < 1 || size.z != 1 || size.c < 1 || pageSize.x < 1 ||
+        pageSize.x > size.x || pageSize.y < 1 || pageSize.z != 1 || pageSize.c != size.c)
         return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
     use_ = Use::Writing;
     writeStatus_ = zelOKAY;
@@ -63,11 +68,12 @@ zelStatus ScanlineFile::finishWriting() {
     if (use_ != Use::Writing)
         return zelOKAY;
     zelStatus status = writeStatus_;
-    if (nextRow_ < size.y) {
+    const std::int64_t last = pageAt(size.x - 1, size.y - 1);
+    if (next_ <= last) {
         if (status == zelOKAY)
-            status = advanceTo((size.y - 1) / pageSize.y);
+            status = advanceTo(last);
         if (status == zelOKAY)
-            status = emitBand();
+            status = emitPage();
     }
     if (status == zelOKAY)
         status = finishEncoding();
@@ -83,7 +89,7 @@ zelStatus ScanlineFile::closeFile() {
 }
 
 zelStatus ScanlineFile::flush() {
-    return use_ == Use::Writing && held_ >= 0 ? emitBand() : zelOKAY;
+    return use_ == Use::Writing && held_ >= 0 ? emitPage() : zelOKAY;
 }
 
 zelStatus ScanlineFile::checkWritable() const {
@@ -97,7 +103,7 @@ zelStatus ScanlineFile::checkWritable() const {
 
 zelStatus ScanlineFile::checkHeaderOpen() const {
     const zelStatus status = checkWritable();
-    if (status != zelOKAY || nextRow_ < 0)
+    if (status != zelOKAY || next_ < 0)
         return status;
     zelError(zelSevWarning, "%s: tags, colour map and profile come before the first rows",
              nameForMessages());
@@ -105,41 +111,42 @@ zelStatus ScanlineFile::checkHeaderOpen() const {
 }
 
 bool ScanlineFile::isPage(int x, int y, int z, int c, int nx, int ny, int nz, int nc) const {
-    return x == 0 && nx == size.x && z == 0 && nz == 1 && c == 0 && nc == size.c && y >= 0 &&
-           y < size.y && y % pageSize.y == 0 && ny == std::min(pageSize.y, size.y - y);
+    const auto fits = [](int at, int count, int page, int extent) {
+        return at >= 0 && at < extent && at % page == 0 && count == std::min(page, extent - at);
+    };
+    return fits(x, nx, pageSize.x, size.x) && fits(y, ny, pageSize.y, size.y) && z == 0 &&
+           nz == 1 && c == 0 && nc == size.c;
 }
 
-int ScanlineFile::rowsOf(int band) const {
-    return std::min(pageSize.y, size.y - band * pageSize.y);
+// The number of the page with this pixel: x fastest.
+std::int64_t ScanlineFile::pageAt(int x, int y) const {
+    const std::int64_t columns = (size.x - 1) / pageSize.x + 1;
+    return y / pageSize.y * columns + x / pageSize.x;
 }
 
 // The rows of bits lie in a page without padding.
 void ScanlineFile::bandToPage(void* data, int rows) const {
     auto* const bytes = static_cast<std::uint8_t*>(data);
-    const std::int64_t elements = std::int64_t{size.x} * size.c;
+    const std::int64_t elements = std::int64_t{pageSize.x} * size.c;
+    const std::size_t stride = bytesOf(pageSize.x);
     if (dtype != zelBit || elements % 8 == 0)
-        std::memcpy(bytes, band_.data(), rowBytes() * static_cast<std::size_t>(rows));
+        std::memcpy(bytes, band_.data(), stride * static_cast<std::size_t>(rows));
     else
         for (int row = 0; row < rows; row++)
-            moveBits(bytes, row * elements,
-                     band_.data() + rowBytes() * static_cast<std::size_t>(row), 0, elements);
+            moveBits(bytes, row * elements, band_.data() + stride * static_cast<std::size_t>(row),
+                     0, elements);
 }
 
 void ScanlineFile::pageToBand(const void* data, int rows) {
     const auto* const bytes = static_cast<const std::uint8_t*>(data);
-    const std::int64_t elements = std::int64_t{size.x} * size.c;
+    const std::int64_t elements = std::int64_t{pageSize.x} * size.c;
+    const std::size_t stride = bytesOf(pageSize.x);
     if (dtype != zelBit || elements % 8 == 0)
-        std::memcpy(band_.data(), bytes, rowBytes() * static_cast<std::size_t>(rows));
+        std::memcpy(band_.data(), bytes, stride * static_cast<std::size_t>(rows));
     else
         for (int row = 0; row < rows; row++)
-            moveBits(band_.data() + rowBytes() * static_cast<std::size_t>(row), 0, bytes,
+            moveBits(band_.data() + stride * static_cast<std::size_t>(row), 0, bytes,
                      row * elements, elements);
-}
-
-zelStatus ScanlineFile::passOver(int rows) {
-    const zelStatus status = rows > 0 ? skipRows(rows) : zelOKAY;
-    nextRow_ += rows;
-    return status;
 }
 
 zelStatus ScanlineFile::skipRows(int count) {
@@ -152,22 +159,22 @@ zelStatus ScanlineFile::skipRows(int count) {
     return status;
 }
 
+// The pages of a file in reading are bands.
 zelStatus ScanlineFile::readBand(int band) {
     if (band == held_)
         return zelOKAY;
     held_ = -1;
-    const int first = band * pageSize.y;
     zelStatus status = zelOKAY;
-    if (nextRow_ < 0 || nextRow_ > first) {
+    if (next_ < 0 || next_ > band) {
         status = startDecoding();
-        nextRow_ = 0;
+        next_ = 0;
     }
+    if (status == zelOKAY && next_ < band)
+        status = skipRows((band - static_cast<int>(next_)) * pageSize.y);
     if (status == zelOKAY)
-        status = passOver(first - nextRow_);
-    if (status == zelOKAY)
-        status = decodeRows(band_.data(), rowsOf(band));
+        status = decodeRows(band_.data(), std::min(pageSize.y, size.y - band * pageSize.y));
     // After a failure nobody knows where the codec stands.
-    nextRow_ = status == zelOKAY ? first + rowsOf(band) : -1;
+    next_ = status == zelOKAY ? band + 1 : -1;
     if (status == zelOKAY)
         held_ = band;
     return status;
@@ -177,13 +184,12 @@ zelStatus ScanlineFile::getPage(void* data, int x, int y, int z, int c, int nx, 
                                 int nc) {
     if (!data || !isPage(x, y, z, c, nx, ny, nz, nc))
         return zelStatusEncode(zelBADPARAMS);
-    const int band = y / pageSize.y;
     if (use_ == Use::Reading) {
-        const zelStatus status = readBand(band);
+        const zelStatus status = readBand(y / pageSize.y);
         if (status != zelOKAY)
             return status;
-    } else if (band != held_) {
-        if (use_ == Use::Finished || y < nextRow_ || band < held_)
+    } else if (const std::int64_t page = pageAt(x, y); page != held_) {
+        if (use_ == Use::Finished || page < next_ || page < held_)
             return zelStatusEncode(zelUNSUPPORTEDBYFILE);
         std::memset(data, 0, zelDataSize(dtype, pageSize));
         return zelOKAY;
@@ -192,29 +198,31 @@ zelStatus ScanlineFile::getPage(void* data, int x, int y, int z, int c, int nx, 
     return zelOKAY;
 }
 
-// Encodes the band in hand, unless an earlier one failed.
-zelStatus ScanlineFile::emitBand() {
+// Encodes the page in hand, unless an earlier one failed.
+zelStatus ScanlineFile::emitPage() {
     zelStatus status = writeStatus_;
-    if (status == zelOKAY && nextRow_ < 0) {
+    if (status == zelOKAY && next_ < 0)
         status = startEncoding();
-        nextRow_ = 0;
-    }
+    const std::int64_t columns = (size.x - 1) / pageSize.x + 1;
+    const auto x = static_cast<int>(held_ % columns) * pageSize.x;
+    const auto y = static_cast<int>(held_ / columns) * pageSize.y;
     if (status == zelOKAY)
-        status = encodeRows(band_.data(), rowsOf(held_));
-    nextRow_ += rowsOf(held_);
+        status = encodePage(band_.data(), x, y, std::min(pageSize.x, size.x - x),
+                            std::min(pageSize.y, size.y - y));
+    next_ = held_ + 1;
     held_ = -1;
     writeStatus_ = status;
     return status;
 }
 
-// Encodes all bands before the given one, which is not encoded yet, and takes that in hand: with
-// rows of 0, if it is not there already.
-zelStatus ScanlineFile::advanceTo(int band) {
+// Encodes all pages before the given one, which is not encoded yet, and takes that in hand: with
+// elements of 0, if it is not there already.
+zelStatus ScanlineFile::advanceTo(std::int64_t page) {
     zelStatus status = zelOKAY;
-    while (held_ != band && status == zelOKAY) {
-        const int next = held_ >= 0 ? held_ + 1 : std::max(nextRow_, 0) / pageSize.y;
+    while (held_ != page && status == zelOKAY) {
+        const std::int64_t next = held_ >= 0 ? held_ + 1 : std::max<std::int64_t>(next_, 0);
         if (held_ >= 0)
-            status = emitBand();
+            status = emitPage();
         if (status == zelOKAY) {
             std::memset(band_.data(), 0, band_.size());
             held_ = next;
@@ -232,13 +240,13 @@ zelStatus ScanlineFile::setPage(const void* data, int x, int y, int z, int c, in
         status = writeStatus_;
     if (status != zelOKAY)
         return status;
-    const int band = y / pageSize.y;
-    if (y < nextRow_ || band < held_) {
-        zelError(zelSevWarning, "%s: rows are written once, from the first to the last",
+    const std::int64_t page = pageAt(x, y);
+    if (page < next_ || page < held_) {
+        zelError(zelSevWarning, "%s: pages are written once, from the first to the last",
                  nameForMessages());
         return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
     }
-    status = advanceTo(band);
+    status = advanceTo(page);
     if (status == zelOKAY)
         pageToBand(data, ny);
     return status;
@@ -246,6 +254,10 @@ zelStatus ScanlineFile::setPage(const void* data, int x, int y, int z, int c, in
 
 zelStatus ScanlineFile::startEncoding() {
     return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
+}
+
+zelStatus ScanlineFile::encodePage(const std::uint8_t* elements, int, int, int nx, int ny) {
+    return nx == size.x ? encodeRows(elements, ny) : zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
 }
 
 zelStatus ScanlineFile::encodeRows(const std::uint8_t*, int) {

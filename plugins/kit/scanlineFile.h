@@ -16,7 +16,8 @@
 namespace zelkit {
 
 /// A file whose codec goes through the rows of an image once, from the first to the last. Pages are
-/// bands of full rows, interleaved, and one band is held in memory.
+/// bands of full rows, interleaved, and one is held in memory; those of a new file may be tiles, if
+/// the subclass encodes such.
 ///
 /// Reading: pages in any order. Going forward skips rows, going back starts the codec again.
 ///
@@ -60,7 +61,7 @@ protected:
     /// too large, zelMALLOCFAILED if there is no memory for a band.
     zelStatus beginReading();
     /// Starts an image that is to be written, with the page size that it has.
-    /// zelUNSUPPORTEDBYFORMAT if its pages are no bands, zelMALLOCFAILED as above.
+    /// zelUNSUPPORTEDBYFORMAT if its pages fit no image of this size, zelMALLOCFAILED as above.
     zelStatus beginWriting();
     /// Encodes what is missing of the image in writing and ends it; zelOKAY if there is none.
     zelStatus finishWriting();
@@ -74,6 +75,8 @@ protected:
     zelStatus checkHeaderOpen() const;
 
     std::size_t rowBytes() const;
+    /// Whether this is a page of the image, as the library asks for it.
+    bool isPage(int x, int y, int z, int c, int nx, int ny, int nz, int nc) const;
 
     /// Goes to the image's first row, from wherever the codec stands.
     virtual zelStatus startDecoding() = 0;
@@ -85,6 +88,10 @@ protected:
     /// Writes what stands before the first row. The base answers zelUNSUPPORTEDBYFORMAT.
     virtual zelStatus startEncoding();
     virtual zelStatus encodeRows(const std::uint8_t* rows, int count);
+    /// Encodes the next page; rows lie as far apart as in a full one. The base encodes rows, and
+    /// answers zelUNSUPPORTEDBYFORMAT for a page that is narrower than the image: a format that
+    /// says to support such pages overrides it.
+    virtual zelStatus encodePage(const std::uint8_t* elements, int x, int y, int nx, int ny);
     /// Writes what stands behind the last row. The base has nothing to write.
     virtual zelStatus finishEncoding();
 
@@ -108,19 +115,18 @@ private:
     };
 
     zelStatus makeBand();
-    bool isPage(int x, int y, int z, int c, int nx, int ny, int nz, int nc) const;
-    int rowsOf(int band) const;
+    std::size_t bytesOf(int pixels) const;
+    std::int64_t pageAt(int x, int y) const;
     zelStatus readBand(int band);
-    zelStatus passOver(int rows);
-    zelStatus emitBand();
-    zelStatus advanceTo(int band);
+    zelStatus emitPage();
+    zelStatus advanceTo(std::int64_t page);
     void bandToPage(void* data, int rows) const;
     void pageToBand(const void* data, int rows);
 
     Use use_ = Use::Reading;
-    Buffer band_;
-    int held_ = -1;    ///< the band in `band_`, by number; -1: none
-    int nextRow_ = -1; ///< where the codec stands; -1: before its start
+    Buffer band_;            ///< or any other page
+    std::int64_t held_ = -1; ///< the page in `band_`, by number; -1: none
+    std::int64_t next_ = -1; ///< the page before which the codec stands; -1: before its start
     zelStatus writeStatus_ = zelOKAY;
 };
 

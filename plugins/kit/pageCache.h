@@ -1,12 +1,12 @@
-#ifndef ZELJP2_PAGECACHE_H
-#define ZELJP2_PAGECACHE_H
+#ifndef ZELKIT_PAGECACHE_H
+#define ZELKIT_PAGECACHE_H
 
 #include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <vector>
 
-namespace zeljp2 {
+namespace zelkit {
 
 /// Pages that were decoded lately. A client that reads rows across tiles comes back to each of
 /// them, and decoding is what costs.
@@ -18,6 +18,11 @@ public:
             if (page.x == x && page.y == y)
                 return &page.bytes;
         return nullptr;
+    }
+
+    void clear() {
+        pages_.clear();
+        total_ = 0;
     }
 
     /// Keeps a copy for as long as newer pages leave room for it.
@@ -41,6 +46,6 @@ private:
     std::size_t total_ = 0;
 };
 
-} // namespace zeljp2
+} // namespace zelkit
 
 #endif
