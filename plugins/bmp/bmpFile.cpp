@@ -32,9 +32,22 @@ void BmpFile::showResolution() {
     fields.set(zelkit::exifResolutionUnit, double{zelkit::resolutionPerCentimeter});
 }
 
+void BmpFile::readOptions() {
+    static constexpr zelNameDesc bits[] = {{"4", 4}, {"8", 8}, {nullptr, 0}};
+    const zelkit::Argument arguments[] = {{"rle", &rle_}, {"bits", &bits_, 4, 8, bits}};
+    readArguments(arguments);
+}
+
+zelStatus BmpFile::readProfile() {
+    iccProfile.resize(static_cast<std::size_t>(header_.profileBytes));
+    return zelkit::readExact(fd, iccProfile.data(), iccProfile.size(), header_.profileOffset);
+}
+
 zelStatus BmpFile::openFile() {
-    readArguments({});
-    const zelStatus status = readHeader(fd, nameForMessages(), header_);
+    readOptions();
+    zelStatus status = readHeader(fd, nameForMessages(), header_);
+    if (status == zelOKAY)
+        status = readProfile();
     if (status != zelOKAY)
         return status;
     if (header_.bits >= 16)
@@ -97,6 +110,16 @@ void BmpFile::decodeRow(const std::uint8_t* stored, std::uint8_t* elements) cons
 
 // Writing
 
+// Run lengths are for bytes whose rows run from the bottom up.
+void BmpFile::describePalette() {
+    const bool fewColors = cm == zelRGBPalette && bits_ == 4;
+    header_.bits = dtype == zelBit ? 1 : fewColors ? 4 : 8;
+    header_.runLengths = rle_ && header_.bits > 1 && !header_.topDown;
+    header_.colors =
+        cm == zelLuminance || fewColors ? greyColors(1 << header_.bits) : standardColors();
+    header_.colors.resize(std::size_t{3} << header_.bits);
+}
+
 // Fills the header from the attributes; false if no file holds such pixels.
 bool BmpFile::describeNewFile() {
     header_.width = size.x;
@@ -111,9 +134,7 @@ bool BmpFile::describeNewFile() {
         return dtype == zelBit;
     case zelLuminance:
     case zelRGBPalette:
-        header_.bits = dtype == zelBit ? 1 : 8;
-        header_.colors = cm == zelLuminance ? greyColors(1 << header_.bits) : standardColors();
-        header_.colors.resize(std::size_t{3} << header_.bits);
+        describePalette();
         return true;
     case zelRGB:
     case zelRGBA:
@@ -128,9 +149,13 @@ bool BmpFile::describeNewFile() {
 }
 
 zelStatus BmpFile::createFile() {
-    readArguments({});
+    readOptions();
     if (!describeNewFile() || formatHeader(header_).empty())
         return refuseAttributes();
+    compression = header_.runLengths ? zelUnknownCompression : zelNoCompression;
+    if (rle_ && !header_.runLengths)
+        zelError(zelSevWarning, "%s: run lengths are for 4 and 8 bits in rows from the bottom up",
+                 nameForMessages());
     if (cm == zelRGBPalette)
         palette = zelkit::makePalette(header_.colors, 3);
     const zelStatus status = makeFile();
@@ -159,21 +184,77 @@ zelStatus BmpFile::startEncoding() {
         for (std::size_t i = 0; i < header_.colors.size(); i++)
             header_.colors[i] =
                 zelkit::paletteByte(*palette, static_cast<int>(i / 3), static_cast<int>(i % 3));
+    header_.profileBytes = static_cast<std::int64_t>(iccProfile.size());
+    const zelStatus status = writeHeader();
+    if (status != zelOKAY || header_.runLengths)
+        return status;
+    return rows_.begin(fd, header_.dataOffset, header_.rowBytes(), header_.height);
+}
+
+zelStatus BmpFile::writeHeader() {
     const std::vector<std::uint8_t> bytes = formatHeader(header_);
-    const zelStatus status = zelkit::writeExact(fd, bytes.data(), bytes.size(), 0);
-    return status == zelOKAY
-               ? rows_.begin(fd, header_.dataOffset, header_.rowBytes(), header_.height)
-               : status;
+    if (!bytes.empty())
+        return zelkit::writeExact(fd, bytes.data(), bytes.size(), 0);
+    zelError(zelSevWarning, "%s: a bitmap cannot be longer than 4 GiB", nameForMessages());
+    return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
 }
 
 zelStatus BmpFile::encodeRows(const std::uint8_t* rows, int count) {
+    constexpr std::uint8_t mostOf4Bits = 15;
+    const std::size_t elements = rowBytes() * static_cast<std::size_t>(count);
+    if (header_.bits == 4 && std::any_of(rows, rows + elements,
+                                         [](std::uint8_t index) { return index > mostOf4Bits; })) {
+        zelError(zelSevWarning, "%s: an index is greater than 15", nameForMessages());
+        return zelStatusEncode(zelBADPARAMS);
+    }
+    if (header_.runLengths)
+        return encodeRunLengths(rows, count);
     return rows_.write(count, [&](std::uint8_t* stored) {
-        if (header_.bits >= 16)
-            pixels_.encode(rows, stored, size.x);
-        else
-            std::copy_n(rows, rowBytes(), stored);
+        encodeRow(rows, stored);
         rows += rowBytes();
     });
+}
+
+zelStatus BmpFile::encodeRunLengths(const std::uint8_t* rows, int count) {
+    coded_.clear();
+    for (int i = 0; i < count; i++, rows += rowBytes())
+        appendRunLengths(coded_, rows, size.x, header_.bits);
+    const zelStatus status = zelkit::writeExact(fd, coded_.data(), coded_.size(),
+                                                header_.dataOffset + header_.codedBytes);
+    header_.codedBytes += static_cast<std::int64_t>(coded_.size());
+    return status;
+}
+
+void BmpFile::encodeRow(const std::uint8_t* elements, std::uint8_t* stored) const {
+    if (header_.bits >= 16) {
+        pixels_.encode(elements, stored, size.x);
+    } else if (header_.bits != 4) {
+        std::copy_n(elements, rowBytes(), stored);
+    } else {
+        for (int x = 0; x < size.x; x++) {
+            const int before = x % 2 == 0 ? 0 : stored[x / 2] << 4;
+            stored[x / 2] = static_cast<std::uint8_t>(before | elements[x]);
+        }
+        if (size.x % 2 != 0)
+            stored[size.x / 2] = static_cast<std::uint8_t>(stored[size.x / 2] << 4);
+    }
+}
+
+// The lengths of run lengths are known now.
+zelStatus BmpFile::finishEncoding() {
+    zelStatus status = zelOKAY;
+    if (header_.runLengths) {
+        coded_.clear();
+        appendEnd(coded_);
+        status = zelkit::writeExact(fd, coded_.data(), coded_.size(),
+                                    header_.dataOffset + header_.codedBytes);
+        header_.codedBytes += static_cast<std::int64_t>(coded_.size());
+        if (status == zelOKAY)
+            status = writeHeader();
+    }
+    return status == zelOKAY
+               ? zelkit::writeExact(fd, iccProfile.data(), iccProfile.size(), header_.profileOffset)
+               : status;
 }
 
 } // namespace zelbmp

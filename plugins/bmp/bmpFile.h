@@ -10,6 +10,7 @@
 #include "kit/scanlineFile.h"
 
 #include <optional>
+#include <vector>
 
 namespace zelbmp {
 
@@ -28,9 +29,17 @@ protected:
     zelStatus skipRows(int count) override;
     zelStatus startEncoding() override;
     zelStatus encodeRows(const std::uint8_t* rows, int count) override;
+    zelStatus finishEncoding() override;
+    bool carriesIccProfile() const override { return true; }
 
 private:
+    void readOptions();
+    zelStatus readProfile();
     bool describeNewFile();
+    void describePalette();
+    zelStatus writeHeader();
+    zelStatus encodeRunLengths(const std::uint8_t* rows, int count);
+    void encodeRow(const std::uint8_t* elements, std::uint8_t* stored) const;
     void showResolution();
     void storeResolution();
     void decodeRow(const std::uint8_t* stored, std::uint8_t* elements) const;
@@ -39,6 +48,10 @@ private:
     zelkit::PackedPixels pixels_; ///< for 16 bits and more
     zelkit::FixedRows rows_;
     std::optional<RunLengths> runs_;
+    std::vector<std::uint8_t> coded_; ///< run lengths of rows in writing
+
+    bool rle_ = false; ///< the format arguments
+    int bits_ = 8;
 };
 
 } // namespace zelbmp

@@ -30,12 +30,20 @@ constexpr unsigned version5Header = 124;
 
 // Offsets in the file, as later headers have them; a shorter header lacks the fields at its end.
 constexpr std::size_t masksAt = fileHeader + 40;
+constexpr std::size_t colorSpaceAt = fileHeader + 56;
+constexpr std::size_t profileAt = fileHeader + 112; // from the second header on, and its length
+
+constexpr std::uint32_t standardColorSpace = 0x73524742; // "sRGB"; what follows is unused with it
+constexpr std::uint32_t embeddedColorSpace = 0x4d424544; // "MBED"
+constexpr std::uint32_t pictureIntent = 4;
 
 enum Compression : std::uint32_t {
     uncompressed = 0,
     runLengths8 = 1,
     runLengths4 = 2,
     bitFields = 3,
+    jpegFile = 4,
+    pngFile = 5,
     alphaBitFields = 6
 };
 
@@ -100,9 +108,11 @@ zelStatus readSizes(const Raw& raw, unsigned length, Header& header) {
 // Tells how a pixel is stored, for pixels without a palette by masks.
 zelStatus readEncoding(const Raw& raw, unsigned length, const char* fileName, Header& header) {
     constexpr std::array known = {1, 2, 4, 8, 16, 24, 32};
+    const std::uint32_t compression = length == coreHeader ? uncompressed : get32(&raw[30]);
+    if (header.bits == 0 && (compression == jpegFile || compression == pngFile))
+        return unsupported(fileName, "compression", compression);
     if (std::ranges::find(known, header.bits) == known.end())
         return zelStatusEncode(zelCORRUPTED);
-    const std::uint32_t compression = length == coreHeader ? uncompressed : get32(&raw[30]);
     header.runLengths = (compression == runLengths8 && header.bits == 8) ||
                         (compression == runLengths4 && header.bits == 4);
     const bool masks = (compression == bitFields || compression == alphaBitFields) &&
@@ -142,8 +152,24 @@ zelStatus readColors(int fd, const Raw& raw, unsigned length, Header& header) {
     return status;
 }
 
-// Whether the file is long enough for its pixels. A run of 2 bytes gives 255 pixels at most: of a
-// wider row the file could show a part only, and would make readers allocate for all of it.
+// A profile that does not lie in the file is none.
+void readProfilePlace(int fd, const Raw& raw, unsigned length, Header& header) {
+    constexpr std::int64_t most = 32 << 20;
+    std::int64_t fileBytes = 0;
+    if (length != version5Header || get32(&raw[colorSpaceAt]) != embeddedColorSpace ||
+        zelkit::getFileLength(fd, fileBytes) != zelOKAY)
+        return;
+    const std::int64_t offset = std::int64_t{fileHeader} + get32(&raw[profileAt]);
+    const std::int64_t bytes = get32(&raw[profileAt + 4]);
+    if (bytes > most || offset + bytes > fileBytes)
+        return;
+    header.profileOffset = offset;
+    header.profileBytes = bytes;
+}
+
+// Whether the file is long enough for its pixels. A run of 2 bytes gives 255 pixels at most, and a
+// move of 4 bytes passes over 255 rows: of a larger image the file could show a part only, and
+// would make readers work for all of it.
 zelStatus checkLength(int fd, const Header& header) {
     std::int64_t length = 0;
     const zelStatus status = zelkit::getFileLength(fd, length);
@@ -151,9 +177,24 @@ zelStatus checkLength(int fd, const Header& header) {
         return status;
     const std::int64_t left = length - header.dataOffset;
     const auto needed = zelkit::checkedProduct({header.rowBytes(), header.height});
-    const bool enough =
-        header.runLengths ? left > 0 && header.width / 128 <= left : needed && *needed <= left;
+    const bool enough = header.runLengths
+                            ? left > 0 && header.width / 128 <= left && header.height / 128 <= left
+                            : needed && *needed <= left;
     return enough ? zelOKAY : zelStatusEncode(zelPREMATUREEOF);
+}
+
+// The fields behind those of the shortest header.
+void appendColorSpace(Bytes& out, const Header& header, unsigned length) {
+    for (const std::uint32_t mask : header.masks)
+        append(out, header.masks[3] ? mask : 0, 4);
+    append(out, length == version5Header ? embeddedColorSpace : standardColorSpace, 4);
+    if (length == version5Header) {
+        out.resize(profileAt - 4);
+        append(out, pictureIntent, 4);
+        append(out, static_cast<std::uint32_t>(header.profileOffset - fileHeader), 4);
+        append(out, static_cast<std::uint32_t>(header.profileBytes), 4);
+    }
+    out.resize(fileHeader + length);
 }
 
 } // namespace
@@ -191,6 +232,7 @@ zelStatus readHeader(int fd, const char* fileName, Header& header) {
     header.dataOffset = get32(&raw[10]);
     if (header.dataOffset < fileHeader + length)
         return zelStatusEncode(zelCORRUPTED);
+    readProfilePlace(fd, raw, length, header);
     if (header.bits <= 8)
         status = readColors(fd, raw, length, header);
     return status == zelOKAY ? checkLength(fd, header) : status;
@@ -198,14 +240,21 @@ zelStatus readHeader(int fd, const char* fileName, Header& header) {
 
 Bytes formatHeader(Header& header) {
     const bool alpha = header.masks[3] != 0;
-    const unsigned length = alpha ? version4Header : infoHeader;
+    const unsigned length = header.profileBytes > 0 ? version5Header
+                            : alpha                 ? version4Header
+                                                    : infoHeader;
     const auto entries = static_cast<std::uint32_t>(header.colors.size() / 3);
     header.dataOffset = fileHeader + length + entries * 4;
-    const auto bytes = zelkit::checkedProduct({header.rowBytes(), header.height});
-    if (!bytes || *bytes > UINT32_MAX - header.dataOffset)
+    const auto bytes =
+        header.runLengths
+            ? header.codedBytes
+            : zelkit::checkedProduct({header.rowBytes(), header.height}).value_or(INT64_MAX);
+    if (bytes > UINT32_MAX - header.dataOffset - header.profileBytes)
         return {};
+    header.profileOffset = header.dataOffset + bytes;
+    const std::uint32_t runLengths = header.bits == 8 ? runLengths8 : runLengths4;
     Bytes out = {'B', 'M'};
-    append(out, static_cast<std::uint32_t>(header.dataOffset + *bytes), 4);
+    append(out, static_cast<std::uint32_t>(header.profileOffset + header.profileBytes), 4);
     append(out, 0, 4);
     append(out, static_cast<std::uint32_t>(header.dataOffset), 4);
     append(out, length, 4);
@@ -213,21 +262,16 @@ Bytes formatHeader(Header& header) {
     append(out, static_cast<std::uint32_t>(header.topDown ? -header.height : header.height), 4);
     append(out, 1, 2); // planes
     append(out, static_cast<std::uint32_t>(header.bits), 2);
-    append(out, alpha ? bitFields : uncompressed, 4);
-    append(out, static_cast<std::uint32_t>(*bytes), 4);
+    append(out, alpha ? bitFields : header.runLengths ? runLengths : uncompressed, 4);
+    append(out, static_cast<std::uint32_t>(bytes), 4);
     append(out, static_cast<std::uint32_t>(header.xPerMeter), 4);
     append(out, static_cast<std::uint32_t>(header.yPerMeter), 4);
     append(out, entries, 4);
     append(out, 0, 4); // all entries are important
-    if (alpha) {
-        for (const std::uint32_t mask : header.masks)
-            append(out, mask, 4);
-        append(out, 0x73524742, 4); // the colour space "sRGB"; what follows is unused with it
-        out.resize(fileHeader + length);
-    }
-    for (std::size_t i = 0; i < header.colors.size(); i += 3) {
+    if (length > infoHeader)
+        appendColorSpace(out, header, length);
+    for (std::size_t i = 0; i < header.colors.size(); i += 3)
         out.insert(out.end(), {header.colors[i + 2], header.colors[i + 1], header.colors[i], 0});
-    }
     return out;
 }
 

@@ -21,7 +21,10 @@ struct Header {
     zelkit::PackedPixels::Masks masks{}; ///< of pixels of 16 bits and more
     std::vector<std::uint8_t> colors;    ///< red, green, blue of 2^bits indexes; else empty
     std::int64_t dataOffset = 0;
-    int xPerMeter = 0; ///< pixels; 0: not stated
+    std::int64_t codedBytes = 0;    ///< of a new file's run lengths
+    std::int64_t profileOffset = 0; ///< of an embedded ICC profile
+    std::int64_t profileBytes = 0;  ///< 0: none
+    int xPerMeter = 0;              ///< pixels; 0: not stated
     int yPerMeter = 0;
 
     /// Of a row that is stored without run lengths.
@@ -35,7 +38,8 @@ struct Header {
 /// `fileName`: an encoding that is not known here.
 zelStatus readHeader(int fd, const char* fileName, Header& header);
 
-/// The bytes before the first row of a new file; sets `dataOffset`. Empty if the file would pass
+/// The bytes before the first row of a new file; sets `dataOffset`, and `profileOffset`, which lies
+/// behind the last row, for a profile of `profileBytes` bytes. Empty if the file would pass
 /// the 4 GiB that the header can state.
 std::vector<std::uint8_t> formatHeader(Header& header);
 

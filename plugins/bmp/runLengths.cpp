@@ -88,4 +88,60 @@ zelStatus RunLengths::move() {
     return zelOKAY;
 }
 
+namespace {
+
+constexpr int longestCode = 255;
+
+// How many indexes from `row` on repeat: one, or of 4 bits two in turn.
+int runAt(const std::uint8_t* row, int left, int bits) {
+    const int most = std::min(left, longestCode);
+    const int period = bits == 8 ? 1 : 2;
+    int count = std::min(period, most);
+    while (count < most && row[count] == row[count - period])
+        count++;
+    return count;
+}
+
+std::uint8_t nibbles(const std::uint8_t* row, int left) {
+    return static_cast<std::uint8_t>(row[0] << 4 | (left > 1 ? row[1] : 0));
+}
+
+void appendLiteral(std::vector<std::uint8_t>& out, const std::uint8_t* row, int count, int bits) {
+    out.insert(out.end(), {0, static_cast<std::uint8_t>(count)});
+    const std::size_t start = out.size();
+    for (int i = 0; i < count; i += bits == 8 ? 1 : 2)
+        out.push_back(bits == 8 ? row[i] : nibbles(row + i, count - i));
+    if ((out.size() - start) % 2 != 0)
+        out.push_back(0); // codes begin at even places
+}
+
+} // namespace
+
+void appendRunLengths(std::vector<std::uint8_t>& out, const std::uint8_t* row, int width,
+                      int bits) {
+    const int shortestRun = bits == 8 ? 3 : 5; // a shorter one saves nothing within a literal
+    constexpr int shortestLiteral = 3;         // fewer pixels would be other codes
+    for (int at = 0; at < width;) {
+        const auto isRunAt = [&](int i) {
+            return runAt(row + i, width - i, bits) >= std::min(shortestRun, width - i);
+        };
+        int count = 0;
+        while (at + count < width && count < longestCode && !isRunAt(at + count))
+            count++;
+        if (count >= shortestLiteral) {
+            appendLiteral(out, row + at, count, bits);
+        } else {
+            count = runAt(row + at, width - at, bits);
+            out.push_back(static_cast<std::uint8_t>(count));
+            out.push_back(bits == 8 ? row[at] : nibbles(row + at, width - at));
+        }
+        at += count;
+    }
+    out.insert(out.end(), {0, endOfRow});
+}
+
+void appendEnd(std::vector<std::uint8_t>& out) {
+    out.insert(out.end(), {0, endOfImage});
+}
+
 } // namespace zelbmp

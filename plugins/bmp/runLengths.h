@@ -4,6 +4,7 @@
 #include "kit/byteReader.h"
 
 #include <cstdint>
+#include <vector>
 
 namespace zelbmp {
 
@@ -33,6 +34,12 @@ private:
     int emptyRows_ = 0; ///< before the row that the next code belongs to
     bool ended_ = false;
 };
+
+/// Adds the run lengths of one row of indexes, one a byte, with the row's end.
+void appendRunLengths(std::vector<std::uint8_t>& out, const std::uint8_t* row, int width, int bits);
+
+/// Adds the end of the image.
+void appendEnd(std::vector<std::uint8_t>& out);
 
 } // namespace zelbmp
 

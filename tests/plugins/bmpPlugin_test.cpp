@@ -4,7 +4,9 @@
 
 #include <zel/zelColormap.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 
 namespace zel::test {
@@ -29,6 +31,12 @@ PluginTraits bmpTraits() {
     add(zelRGBPalette, 1, {zelBit, zelUChar});
     add(zelRGB, 3, {zelUChar});
     add(zelRGBA, 4, {zelUChar});
+    kind.colorModel = zelRGBPalette;
+    kind.channels = 1;
+    kind.orientation = zelLowerLeftOrigin;
+    kind.arguments = "%rle";
+    kind.statedCompression = zelUnknownCompression;
+    traits.combos.push_back(kind);
     return traits;
 }
 
@@ -83,6 +91,83 @@ TEST_F(Bmp, WritesFilesThatOthersRead) {
     write("rgba.bmp", zelUChar, zelRGBA, 4);
     run("convert-im6.q16 rgba.bmp -depth 8 y.pam");
     EXPECT_EQ(colors("y.pam"), colors("rgba.bmp"));
+}
+
+// Pieces of single pixels, of repeated ones and of two in turn, of all lengths that codes have.
+Pixels runs(int width, int height, int indexes) {
+    Pixels pixels(zelUChar, width, height, 1);
+    unsigned random = 1;
+    for (int y = 0; y < height; y++)
+        for (int x = 0; x < width;) {
+            random = random * 1664525 + 1013904223;
+            const int most = y % 2 == 0 ? 9 : 600;
+            const int period = static_cast<int>(random >> 8 & 7) + 1;
+            const int end = std::min(width, x + 1 + static_cast<int>(random >> 16) % most);
+            for (int i = 0; x < end; x++, i++)
+                pixels.set(x, y, 0, (static_cast<int>(random >> 12) + i % period * 5) % indexes);
+        }
+    return pixels;
+}
+
+TEST_F(Bmp, WritesRunLengthsAndFourBits) {
+    for (const char* how : {"%rle", "%bits=4", "%rle%bits=4"})
+        for (const int width : {1, 2, 3, 254, 255, 256, 257, 1501}) {
+            SCOPED_TRACE(std::string(how) + ", " + std::to_string(width));
+            const Pixels pixels = runs(width, 23, std::strlen(how) > 4 ? 16 : 256);
+            const zelSize size(width, 23, 1, 1);
+            const zelFileConfig config(&size, zelUChar, zelInterleaved, zelRGBPalette,
+                                       zelLowerLeftOrigin);
+            zelFile* const file = create(std::string("a.bmp") + how, config);
+            ASSERT_NE(file, nullptr);
+            EXPECT_EQ(writePixels(file, pixels), zelOKAY);
+            EXPECT_EQ(file->close(0), zelOKAY);
+            EXPECT_EQ(numbers(read("a.bmp")), numbers(pixels));
+            run("bmptopnm a.bmp 2>/dev/null | ppmtoppm >a.ppm");
+            EXPECT_EQ(colors("a.ppm"), colors("a.bmp"));
+        }
+    const zelSize size(300, 200, 1, 1);
+    const zelFileConfig config(&size, zelUChar, zelInterleaved, zelRGBPalette, zelLowerLeftOrigin);
+    zelFile* file = create("a.bmp%rle", config);
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(file->close(0), zelOKAY);
+    // A row of 0 is two runs and an end.
+    EXPECT_EQ(content("a.bmp").size(), 14 + 40 + 1024 + 200 * 6 + 2U);
+    file = create("a.bmp%bits=4", config);
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(writePixels(file, Pixels::pattern(zelUChar, 300, 200, 1, 1)), zelOKAY);
+    EXPECT_EQ(file->close(0), zelBADPARAMS) << "indexes above 15";
+}
+
+TEST_F(Bmp, CarriesAnIccProfile) {
+    const std::string profile(1001, 'p');
+    for (const zelColorModel cm : {zelRGB, zelRGBA, zelRGBPalette}) {
+        SCOPED_TRACE(cm);
+        const zelSize size(5, 3, 1, zelColorModelChans(cm));
+        zelFile* file = create("a.bmp", zelFileConfig(&size, zelUChar, zelInterleaved, cm));
+        ASSERT_NE(file, nullptr);
+        const Pixels pixels = Pixels::pattern(zelUChar, 5, 3, size.c, 3);
+        EXPECT_EQ(file->setICCProfile(static_cast<int>(profile.size()), profile.data()), zelOKAY);
+        EXPECT_EQ(writePixels(file, pixels), zelOKAY);
+        EXPECT_EQ(file->close(0), zelOKAY);
+        const std::string bytes = content("a.bmp");
+        // The profile's place is counted from the second header on.
+        unsigned place[2];
+        std::memcpy(place, bytes.data() + 14 + 112, sizeof place);
+        EXPECT_EQ(bytes.substr(70, 4), "DEBM");
+        EXPECT_EQ(place[1], profile.size());
+        EXPECT_EQ(bytes.substr(14 + place[0]), profile);
+        run("convert-im6.q16 a.bmp -depth 8 a.pam");
+        EXPECT_EQ(colors("a.pam"), colors("a.bmp"));
+        file = open("a.bmp");
+        ASSERT_NE(file, nullptr);
+        EXPECT_TRUE(readPixels(file) == pixels);
+        int length = 0;
+        void* data = nullptr;
+        ASSERT_EQ(file->getICCProfile(length, data), zelOKAY);
+        EXPECT_EQ(std::string(static_cast<char*>(data), static_cast<std::size_t>(length)), profile);
+        EXPECT_EQ(file->freeICCProfile(data), zelOKAY);
+        EXPECT_EQ(file->close(0), zelOKAY);
+    }
 }
 
 TEST_F(Bmp, TellsTheResolution) {
