@@ -88,6 +88,19 @@ double readsAlong(const std::vector<Segment>& blocks, const std::vector<Segment>
     return pages.empty() ? 1 : touched / static_cast<double>(pages.size());
 }
 
+/// Whether pages are met in the order in which they lie in the source. Pages that are as wide as
+/// the image are, if only left and right change places.
+bool keepsOrder(const Turn& turn, const BlockGrid& pages) {
+    const bool sideways = (turn.flip & zelXFlip) != 0 && pages.x.size() > 1;
+    return !turn.transposed && !(turn.flip & zelYFlip) && !sideways;
+}
+
+/// Many formats give their pages in any order, but decode from the first row on for it. Those that
+/// write in any order as well have their pages where each is found.
+bool readsBackAtNoCost(zelFormat& format) {
+    return format.randomAccessReadIsSupported() && format.randomAccessWriteIsSupported();
+}
+
 } // namespace
 
 std::vector<zelTile2D<int>> BlockGrid::blocks() const {
@@ -132,10 +145,9 @@ BlockPlan planBlocks(const zelFile& source, const PlaneView& view, const zelFile
     const BlockGrid pages = pageGrid(source, view, 1);
     const double reads = readsAlong(plan.grid.x, pages.x) * readsAlong(plan.grid.y, pages.y);
     const Turn turn = turnBetween(source.getOrientation(), view.orientation);
-    const bool sameOrder = turn.flip == zelNoFlip && !turn.transposed;
     const bool writesAnywhere = target.getFormat()->randomAccessWriteIsSupported() != 0;
-    const bool readsAnywhere = source.getFormat()->randomAccessReadIsSupported() != 0;
-    if (reads > kMaxReads || (!sameOrder && !writesAnywhere && !readsAnywhere)) {
+    const bool readsForward = keepsOrder(turn, pages) || readsBackAtNoCost(*source.getFormat());
+    if (reads > kMaxReads || (!readsForward && !writesAnywhere)) {
         plan.throughScratch = true;
         plan.sourceGrid = pageGrid(source, view, maxPixels);
     } else if (writesAnywhere) {

@@ -104,17 +104,6 @@ void addMore(nlohmann::ordered_json& object, const ImageInfo& info) {
     }
 }
 
-void printJson(const std::vector<ImageInfo>& infos, bool verbose) {
-    auto array = nlohmann::ordered_json::array();
-    for (const ImageInfo& info : infos) {
-        array.push_back(toJson(info));
-        if (verbose) {
-            addMore(array.back(), info);
-        }
-    }
-    std::cout << jsonText(array);
-}
-
 std::string pageText(const ImageInfo& info) {
     const std::string text = "page " + extents(info.page);
     return info.page.c == info.size.c ? text : text + " x " + std::to_string(info.page.c);
@@ -158,23 +147,66 @@ void printVerbose(const ImageInfo& info) {
     std::cout << info.name << '\n' << table.text();
 }
 
-int showInfo(const std::vector<std::string>& names, bool asJson, bool verbose) {
-    std::vector<ImageInfo> infos;
-    const int status = forEachImage(names, [&](zelFile& file, const std::string& name) {
+/// Prints what is told of images, some at a time: a file may hold a great many.
+class Report {
+public:
+    Report(bool json, bool verbose) : asJson(json), tellsAll(verbose) {}
+
+    void add(zelFile& file, const std::string& name) {
         infos.push_back(describe(file, name));
-        if (verbose) {
+        if (tellsAll) {
             describeMore(file, infos.back());
         }
-    });
-    if (asJson) {
-        printJson(infos, verbose);
-    } else if (verbose) {
-        for (const ImageInfo& info : infos) {
-            printVerbose(info);
+        if (infos.size() == kAtOnce) {
+            print();
         }
-    } else {
-        printLines(infos);
     }
+
+    void end() {
+        print();
+        if (asJson) {
+            std::cout << (anyPrinted ? "\n]\n" : "[]\n");
+        }
+    }
+
+private:
+    static constexpr size_t kAtOnce = 256;
+
+    void print() {
+        if (asJson) {
+            for (const ImageInfo& info : infos) {
+                std::cout << (anyPrinted ? ",\n" : "[\n") << jsonElementText(object(info));
+                anyPrinted = true;
+            }
+        } else if (tellsAll) {
+            for (const ImageInfo& info : infos) {
+                printVerbose(info);
+            }
+        } else {
+            printLines(infos);
+        }
+        infos.clear();
+    }
+
+    nlohmann::ordered_json object(const ImageInfo& info) const {
+        nlohmann::ordered_json told = toJson(info);
+        if (tellsAll) {
+            addMore(told, info);
+        }
+        return told;
+    }
+
+    bool asJson;
+    bool tellsAll;
+    bool anyPrinted = false;
+    std::vector<ImageInfo> infos;
+};
+
+int showInfo(const std::vector<std::string>& names, bool asJson, bool verbose) {
+    Report report(asJson, verbose);
+    const int status = forEachImage(
+        names, [&](zelFile& file, const std::string& name) { report.add(file, name); });
+    report.end();
     return status;
 }
 

@@ -55,4 +55,11 @@ std::string jsonText(const nlohmann::ordered_json& json) {
     return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n';
 }
 
+std::string jsonElementText(const nlohmann::ordered_json& element) {
+    // As an array of its own without the lines of its brackets.
+    const std::string array = jsonText(nlohmann::ordered_json::array({element}));
+    const size_t first = array.find('\n') + 1;
+    return array.substr(first, array.rfind('\n', array.size() - 2) - first);
+}
+
 } // namespace zel::tool

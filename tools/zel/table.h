@@ -27,6 +27,9 @@ private:
 /// JSON as it is printed. Bytes of file names that are no UTF-8 become a replacement character.
 std::string jsonText(const nlohmann::ordered_json& json);
 
+/// The same for an element of an array that is printed piece by piece, with no newline behind it.
+std::string jsonElementText(const nlohmann::ordered_json& element);
+
 } // namespace zel::tool
 
 #endif
