@@ -56,6 +56,8 @@ void gatherPlanes(const std::uint8_t* rows, std::size_t pixels, std::size_t chan
     }
 }
 
+constexpr std::int64_t fewTiles = 256;
+
 } // namespace
 
 bool Jp2File::carriesIccProfile() const {
@@ -86,7 +88,10 @@ zelStatus Jp2File::openFile() {
         return status;
     bare_ = boxes_.codestream == 0;
     decoder_ = std::make_unique<Decoder>(fd, boxes_, shape_, nameForMessages());
-    status = decoder_->open();
+    // OpenJPEG takes memory for every tile at once, which is not due to a file that is only asked
+    // what it is.
+    if (shape_.tilesAcross() * shape_.tilesDown() <= fewTiles)
+        status = decoder_->open();
     return status == zelOKAY ? show() : status;
 }
 

@@ -1,12 +1,10 @@
 #include "decoder.h"
 
-#include "kit/exif.h"
 #include "kit/fileIo.h"
 #include "kit/sizes.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 
 namespace zeljpeg {
 
@@ -22,19 +20,7 @@ constexpr std::int64_t arithmeticBlocksPerByte = 64;
 // Each scan costs time in proportion to the image, however short it is itself.
 constexpr int mostScans = 500;
 
-constexpr int exifMarker = JPEG_APP0 + 1;
-constexpr int iccMarker = JPEG_APP0 + 2;
-constexpr int keptMarkers[] = {exifMarker, iccMarker, JPEG_COM};
-constexpr unsigned wholeMarker = 0xffff;
-
-// The largest profile, and room for the rest. Of what comes behind, no markers are kept.
-constexpr std::int64_t mostHeaderBytes = 20 << 20;
-constexpr std::size_t longestComment = 1 << 20;
-
-void keepMarkers(j_decompress_ptr info, unsigned bytes) {
-    for (const int marker : keptMarkers)
-        jpeg_save_markers(info, marker, bytes);
-}
+constexpr std::size_t longestSegment = 0xffff;
 
 void invert(std::uint8_t* samples, std::size_t count) {
     std::transform(samples, samples + count, samples,
@@ -64,8 +50,6 @@ boolean Decoder::fillBuffer(j_decompress_ptr info) {
     if (got == 0)
         decoder.fail(zelStatusEncode(zelPREMATUREEOF), "the file ends too early");
     decoder.position_ += static_cast<std::int64_t>(got);
-    if (decoder.position_ > mostHeaderBytes)
-        keepMarkers(info, 0);
     info->src->next_input_byte = decoder.buffer_.data();
     info->src->bytes_in_buffer = got;
     return TRUE;
@@ -88,8 +72,34 @@ void Decoder::watchScans(j_common_ptr info) {
         decoder.fail(zelStatusEncode(zelCORRUPTED), "too many scans");
 }
 
+void Decoder::pull(std::uint8_t* data, std::size_t bytes) {
+    while (bytes > 0) {
+        if (source_.bytes_in_buffer == 0)
+            fillBuffer(&info_);
+        const std::size_t step = std::min(bytes, source_.bytes_in_buffer);
+        std::copy_n(source_.next_input_byte, step, data);
+        source_.next_input_byte += step;
+        source_.bytes_in_buffer -= step;
+        data += step;
+        bytes -= step;
+    }
+}
+
+// libjpeg would keep all segments of a kind, however many there are.
+boolean Decoder::takeSegment(j_decompress_ptr info) {
+    Decoder& decoder = *static_cast<Decoder*>(static_cast<Codec*>(info->client_data));
+    constexpr std::size_t lengthBytes = 2;
+    std::uint8_t length[lengthBytes];
+    decoder.pull(length, lengthBytes);
+    const std::size_t whole = std::size_t{length[0]} << 8 | length[1];
+    const std::size_t bytes = std::max(whole, lengthBytes) - lengthBytes;
+    decoder.pull(decoder.segment_.data(), bytes);
+    decoder.segments_.take(info->unread_marker, {decoder.segment_.data(), bytes});
+    return TRUE;
+}
+
 zelStatus Decoder::open(Header& header) {
-    if (!buffer_.allocate(bufferBytes))
+    if (!buffer_.allocate(bufferBytes) || !segment_.allocate(longestSegment))
         return zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
     zelStatus status = zelkit::getFileLength(fd(), length_);
     if (status == zelOKAY)
@@ -103,7 +113,8 @@ zelStatus Decoder::open(Header& header) {
             info_.src = &source_;
             progress_.progress_monitor = watchScans;
             info_.progress = &progress_;
-            keepMarkers(&info_, wholeMarker);
+            for (const int marker : {exifMarker, iccMarker, commentMarker})
+                jpeg_set_marker_processor(&info_, marker, takeSegment);
             jpeg_read_header(&info_, TRUE);
             chooseColors();
             jpeg_calc_output_dimensions(&info_);
@@ -144,26 +155,10 @@ zelStatus Decoder::checkLength() {
 }
 
 void Decoder::getMetadata(Metadata& metadata) {
-    std::string comment;
-    for (const jpeg_marker_struct* marker = info_.marker_list; marker; marker = marker->next) {
-        const std::span<const std::uint8_t> bytes(marker->data, marker->data_length);
-        if (marker->marker == exifMarker)
-            zelkit::readExif(bytes, metadata.fields);
-        if (marker->marker == JPEG_COM && comment.size() < longestComment)
-            comment += (comment.empty() ? "" : "\n") + std::string(bytes.begin(), bytes.end());
-    }
-    if (!comment.empty())
-        metadata.fields.set(commentTag, comment.c_str());
+    if (!segments_.moveTo(metadata))
+        zelError(zelSevWarning, "%s: comments or an ICC profile are too long and left out", name());
     if (info_.saw_JFIF_marker)
         takeDensity({info_.density_unit, info_.X_density, info_.Y_density}, metadata.fields);
-
-    JOCTET* profile = nullptr;
-    unsigned bytes = 0;
-    boolean found = FALSE;
-    const zelStatus status = run([&] { found = jpeg_read_icc_profile(&info_, &profile, &bytes); });
-    if (status == zelOKAY && found)
-        metadata.iccProfile.assign(profile, profile + bytes);
-    std::free(profile);
 }
 
 zelStatus Decoder::start() {

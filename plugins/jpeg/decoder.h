@@ -2,7 +2,7 @@
 #define ZELJPEG_DECODER_H
 
 #include "codec.h"
-#include "metadata.h"
+#include "segments.h"
 
 #include "kit/buffer.h"
 
@@ -44,7 +44,9 @@ private:
     static boolean fillBuffer(j_decompress_ptr info);
     static void skipBytes(j_decompress_ptr info, long bytes);
     static void watchScans(j_common_ptr info);
+    static boolean takeSegment(j_decompress_ptr info);
 
+    void pull(std::uint8_t* data, std::size_t bytes);
     void chooseColors();
     zelStatus checkLength();
 
@@ -52,6 +54,8 @@ private:
     jpeg_source_mgr source_{};
     jpeg_progress_mgr progress_{};
     zelkit::Buffer buffer_;
+    zelkit::Buffer segment_; ///< the one in hand
+    Segments segments_;
     std::int64_t position_ = 0; ///< behind what the buffer holds
     std::int64_t length_ = 0;
     bool started_ = false;

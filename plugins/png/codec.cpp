@@ -28,6 +28,7 @@ bool Codec::setInput(std::span<const std::uint8_t> bytes) {
     std::ranges::copy(bytes, buffer_.data());
     held_ = bytes.size();
     position_ = length_;
+    hasInput_ = true;
     return true;
 }
 

@@ -36,6 +36,8 @@ protected:
     /// Has these bytes read in place of the file. False if there is no memory.
     bool setInput(std::span<const std::uint8_t> bytes);
 
+    bool hasInput() const { return hasInput_; }
+
     /// Writes what is buffered.
     zelStatus writeOut();
     std::int64_t fileLength() const { return length_; }
@@ -60,6 +62,7 @@ private:
     std::int64_t position_ = 0;
     std::int64_t length_ = 0;
     zelStatus status_ = zelOKAY;
+    bool hasInput_ = false; ///< in place of the file
     int fd_;
     std::string name_;
     int reportsLeft_;

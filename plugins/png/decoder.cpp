@@ -5,7 +5,6 @@
 
 #include <bit>
 #include <climits>
-#include <cstdlib>
 #include <cstring>
 
 namespace zelpng {
@@ -15,14 +14,15 @@ namespace {
 // Deflate makes at most this many bytes of one.
 constexpr std::int64_t largestInflation = 1032;
 
-// For what libpng takes from ancillary chunks: a text of a few KB may stand for gigabytes.
-constexpr png_alloc_size_t largestChunk = Decoder::mostHeaderBytes;
-constexpr png_uint_32 mostChunks = 100;
+// What libpng would keep of a file, however much of it there is, and nobody asks for; and what is
+// read elsewhere, chunk by chunk.
+constexpr png_byte passedOver[] = "sPLT\0pCAL\0sCAL\0tEXt\0zTXt\0iTXt\0tIME\0eXIf";
+constexpr int passedOverCount = sizeof passedOver / 5;
 
-void setLimits(png_structp png) {
+// A chunk of a few KB may stand for gigabytes.
+void setLimits(png_structp png, png_alloc_size_t largestChunk) {
     png_set_user_limits(png, INT_MAX, INT_MAX);
     png_set_chunk_malloc_max(png, largestChunk);
-    png_set_chunk_cache_max(png, mostChunks);
     png_set_benign_errors(png, 1);
     png_set_option(png, PNG_SKIP_sRGB_CHECK_PROFILE, PNG_OPTION_ON);
 }
@@ -68,35 +68,20 @@ zelStatus Decoder::checkLength(const Header& header) const {
                                                                 : zelStatusEncode(zelCORRUPTED);
 }
 
-// A failure in the header costs no more than the chunk that asked.
-png_voidp Decoder::allocate(png_structp png, png_alloc_size_t bytes) {
-    Decoder& decoder = *static_cast<Decoder*>(png_get_mem_ptr(png));
-    if (decoder.readsHeader_) {
-        if (bytes > decoder.headerBytesLeft_)
-            return nullptr;
-        decoder.headerBytesLeft_ -= bytes;
-    }
-    return std::malloc(bytes);
-}
-
-void Decoder::release(png_structp, png_voidp memory) {
-    std::free(memory);
-}
-
 zelStatus Decoder::open(Header& header) {
     if (isReady())
-        png_ = png_create_read_struct_2(PNG_LIBPNG_VER_STRING, static_cast<Codec*>(this), onError,
-                                        onWarning, this, allocate, release);
+        png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, onError, onWarning);
     if (!png_)
         return zelkit::noMemory();
     zelStatus status = run([this] {
         info_ = png_create_info_struct(png_);
         png_set_read_fn(png_, this, read);
-        setLimits(png_);
+        setLimits(png_, hasInput() ? longestLooseChunk : zelkit::largestProfile);
+        if (!hasInput())
+            png_set_keep_unknown_chunks(png_, PNG_HANDLE_CHUNK_NEVER, passedOver, passedOverCount);
         png_read_info(png_, info_);
         header_ = headerOf(png_, info_);
     });
-    readsHeader_ = false;
     if (status == zelOKAY)
         status = checkLength(header_);
     if (status == zelOKAY)

@@ -6,6 +6,9 @@
 
 namespace zelpng {
 
+/// The longest text or EXIF block that is read, packed or not.
+constexpr std::size_t longestLooseChunk = 128 * 1024;
+
 /// What the header says, with rows as `decodeRows` gives them.
 struct Header {
     int width = 0;
@@ -24,11 +27,9 @@ public:
     using Codec::setInput;
     ~Decoder();
 
-    /// What libpng may take for all that stands before the pixels.
-    static constexpr std::size_t mostHeaderBytes = 8 << 20;
-
-    /// Reads all that stands before the pixels. Fails with zelCORRUPTED if the file is too short
-    /// for an image of its size.
+    /// Reads what stands before the pixels, but no texts, no time and no EXIF block: these only
+    /// from bytes that were set as input. Fails with zelCORRUPTED if the file is too short for an
+    /// image of its size.
     zelStatus open(Header& header);
     /// Of what `open` has read.
     void getMetadata(Metadata& metadata);
@@ -41,9 +42,6 @@ public:
     zelStatus skipRows(int count);
 
 private:
-    static png_voidp allocate(png_structp png, png_alloc_size_t bytes);
-    static void release(png_structp png, png_voidp memory);
-
     /// Decodes the next rows of an image that is not interlaced; with null, passes over them.
     zelStatus readRows(std::uint8_t* rows, int count);
     zelStatus decodeImage();
@@ -56,8 +54,6 @@ private:
     zelkit::Buffer image_; ///< of an interlaced file, once it is decoded
     int row_ = 0;          ///< the next one
     bool started_ = false;
-    bool readsHeader_ = true;
-    std::size_t headerBytesLeft_ = mostHeaderBytes;
 };
 
 } // namespace zelpng

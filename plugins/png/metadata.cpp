@@ -74,14 +74,19 @@ std::string utf8OfLatin1(const std::string& latin) {
     return out;
 }
 
+const Keyword* findKeyword(const char* word) {
+    const auto* const known = std::ranges::find_if(
+        keywords, [&](const Keyword& k) { return std::strcmp(k.word, word) == 0; });
+    return known == std::end(keywords) ? nullptr : known;
+}
+
 void readTexts(png_structp png, png_infop info, Fields& fields) {
     png_textp texts = nullptr;
     int count = 0;
     png_get_text(png, info, &texts, &count);
     for (int i = 0; i < count; i++) {
-        const auto* const known = std::ranges::find_if(
-            keywords, [&](const Keyword& k) { return std::strcmp(k.word, texts[i].key) == 0; });
-        if (known == std::end(keywords) || !texts[i].text)
+        const Keyword* const known = findKeyword(texts[i].key);
+        if (!known || !texts[i].text)
             continue;
         const bool unicode = texts[i].compression >= PNG_ITXT_COMPRESSION_NONE;
         fields.set(known->tag, unicode ? std::string(texts[i].text) : utf8OfLatin1(texts[i].text));
@@ -138,6 +143,10 @@ std::span<const zelTagDescription> tagTable() {
     return all;
 }
 
+bool isKeyword(const char* word) {
+    return findKeyword(word) != nullptr;
+}
+
 void readMetadata(png_structp png, png_infop info, Metadata& metadata) {
     png_bytep exif = nullptr;
     png_uint_32 exifBytes = 0;
@@ -156,6 +165,7 @@ void readMetadata(png_structp png, png_infop info, Metadata& metadata) {
     png_uint_32 profileBytes = 0;
     if (png_get_iCCP(png, info, &profileName, &method, &profile, &profileBytes))
         metadata.iccProfile.assign(profile, profile + profileBytes);
+    png_free_data(png, info, PNG_FREE_ICCP, -1);
     readPalette(png, info, metadata);
 }
 

@@ -22,6 +22,9 @@ struct Metadata {
 /// The tags: those of EXIF, gamma, and the texts by PNG's own keywords.
 std::span<const zelTagDescription> tagTable();
 
+/// Whether texts of this keyword are tags.
+bool isKeyword(const char* word);
+
 /// Takes what libpng has read into `info`.
 void readMetadata(png_structp png, png_infop info, Metadata& metadata);
 

@@ -1,6 +1,6 @@
 #include "pngFile.h"
 
-#include "laterChunks.h"
+#include "looseChunks.h"
 
 #include "kit/palette.h"
 
@@ -50,8 +50,8 @@ void PngFile::readOptions() {
 
 void PngFile::describe(Decoder& decoder) {
     Metadata metadata;
+    readLooseChunks(fd, nameForMessages(), metadata);
     decoder.getMetadata(metadata);
-    readLaterChunks(fd, nameForMessages(), metadata);
     fields = std::move(metadata.fields);
     iccProfile = std::move(metadata.iccProfile);
     palette = zelkit::makePalette(metadata.colors, metadata.colorChannels);

@@ -1,4 +1,4 @@
-#include "laterChunks.h"
+#include "looseChunks.h"
 
 #include "decoder.h"
 
@@ -16,7 +16,7 @@ using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::int64_t signatureBytes = 8;
 constexpr std::size_t headBytes = 8;
-constexpr std::size_t mostBytes = 2 << 20;
+constexpr int mostChunks = 64;
 
 // The signature and the header of a grey image of one pixel.
 constexpr std::uint8_t onePixel[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n', 0,    0,    0,
@@ -72,46 +72,57 @@ private:
     std::size_t held_ = 0;
 };
 
-bool isWanted(const Chunk& chunk) {
-    return std::ranges::any_of(std::array{"tEXt", "zTXt", "iTXt", "tIME", "eXIf"},
-                               [&](const char* name) { return chunk.is(name); });
+bool isText(const Chunk& chunk) {
+    return chunk.is("tEXt") || chunk.is("zTXt") || chunk.is("iTXt");
 }
 
-void append(int fd, const Chunk& chunk, Bytes& stream) {
-    const std::size_t before = stream.size();
-    const auto bytes = static_cast<std::size_t>(chunk.end() - chunk.offset);
-    if (before + bytes > mostBytes)
-        return;
-    stream.resize(before + bytes);
-    if (zelkit::readExact(fd, stream.data() + before, bytes, chunk.offset) != zelOKAY)
-        stream.resize(before);
+// Whether the chunk is one that says something here. Most texts have keywords of their programs.
+bool isWanted(int fd, const Chunk& chunk) {
+    if (!isText(chunk))
+        return chunk.is("tIME") || chunk.is("eXIf");
+    constexpr std::size_t longestKeyword = 79;
+    std::array<char, longestKeyword + 1> keyword{};
+    std::size_t got = 0;
+    return zelkit::readSome(fd, keyword.data(), longestKeyword, chunk.offset + headBytes, got) ==
+               zelOKAY &&
+           isKeyword(keyword.data());
 }
 
-// The chunks as a file of one pixel that ends where its pixels would begin; empty if there are
-// none.
-Bytes findLaterChunks(int fd) {
+// The chunk as a file of one pixel that ends where its pixel would begin; empty if it cannot be
+// read.
+Bytes fileOf(int fd, const Chunk& chunk) {
     Bytes stream(std::begin(onePixel), std::end(onePixel));
-    bool behindPixels = false;
-    Walk walk(fd);
-    for (Chunk chunk; walk.next(chunk) && !chunk.is("IEND");) {
-        behindPixels = behindPixels || chunk.is("IDAT");
-        if (behindPixels && isWanted(chunk))
-            append(fd, chunk, stream);
-    }
-    if (stream.size() == std::size(onePixel))
+    const auto bytes = static_cast<std::size_t>(chunk.end() - chunk.offset);
+    stream.resize(stream.size() + bytes);
+    if (zelkit::readExact(fd, stream.data() + std::size(onePixel), bytes, chunk.offset) != zelOKAY)
         return {};
     stream.insert(stream.end(), std::begin(emptyPixels), std::end(emptyPixels));
     return stream;
 }
 
-} // namespace
-
-void readLaterChunks(int fd, const char* name, Metadata& metadata) {
-    const Bytes stream = findLaterChunks(fd);
+void take(int fd, const char* name, const Chunk& chunk, Metadata& metadata) {
+    if (chunk.bytes > longestLooseChunk) {
+        zelError(zelSevWarning, "%s: a %.4s chunk of %u bytes is left out", name, chunk.name.data(),
+                 chunk.bytes);
+        return;
+    }
+    const Bytes stream = fileOf(fd, chunk);
     Decoder decoder(fd, name, false);
     Header ofOnePixel;
     if (!stream.empty() && decoder.setInput(stream) && decoder.open(ofOnePixel) == zelOKAY)
         decoder.getMetadata(metadata);
+}
+
+} // namespace
+
+void readLooseChunks(int fd, const char* name, Metadata& metadata) {
+    int left = mostChunks;
+    Walk walk(fd);
+    for (Chunk chunk; left > 0 && walk.next(chunk) && !chunk.is("IEND");)
+        if (isWanted(fd, chunk)) {
+            take(fd, name, chunk, metadata);
+            left--;
+        }
 }
 
 } // namespace zelpng
