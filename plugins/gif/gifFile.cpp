@@ -3,12 +3,9 @@
 #include "kit/bits.h"
 #include "kit/palette.h"
 
-#include <zel/zelFileConfig.h>
-#include <zel/zelFormat.h>
-
 #include <algorithm>
 #include <array>
-#include <cerrno>
+#include <cmath>
 #include <cstring>
 
 namespace zelgif {
@@ -17,10 +14,22 @@ namespace {
 
 constexpr zelTagDescription tags[] = {
     {commentTag, zelkit::oneOf(zelTagString), "Comment on the file", "Comment", "", nullptr},
-    {delayTag, zelkit::oneOf(zelTagInt), "Hundredths of a second for which the image is shown",
-     "Delay", "0", nullptr},
-    {loopCountTag, zelkit::oneOf(zelTagInt), "How often the images are shown again; 0 for ever",
+    {durationTag, zelkit::oneOf(zelTagInt), "Milliseconds for which the image is shown", "Duration",
+     "0", nullptr},
+    {loopCountTag, zelkit::oneOf(zelTagInt), "How often the images are shown; 0 for ever",
      "LoopCount", "", nullptr}};
+
+constexpr int millisecondsPerDelay = 10;
+
+// The file counts how often the images are shown again, and 0 is for ever.
+int showingsOf(int loopCount) {
+    return loopCount > 0 ? loopCount + 1 : loopCount;
+}
+
+// -1: the images are shown once, which is not stated.
+int loopCountOf(int showings) {
+    return showings == 1 ? -1 : std::max(showings - 1, 0);
+}
 
 // The palette of an image as it is shown, and the index of the pixels beside its frame. Null if
 // they and the frame need more than 256 colours.
@@ -109,9 +118,9 @@ void GifFile::fillFields() {
     if (!contents_.comment.empty())
         fields.set(commentTag, contents_.comment);
     if (contents_.frames.size() > 1 || frame().delay > 0)
-        fields.set(delayTag, double(frame().delay));
+        fields.set(durationTag, double(frame().delay) * millisecondsPerDelay);
     if (contents_.loopCount >= 0)
-        fields.set(loopCountTag, double(contents_.loopCount));
+        fields.set(loopCountTag, double(showingsOf(contents_.loopCount)));
 }
 
 int GifFile::getNumImgs() {
@@ -219,26 +228,10 @@ zelStatus GifFile::beginImage() {
 }
 
 zelStatus GifFile::appendImg(zelFile* source, zelFileConfig* config) {
-    zelStatus status = checkWritable();
+    const zelStatus status = prepareNextImage(source, config);
     if (status != zelOKAY)
         return status;
-    zelFileConfig wanted = config ? *config : zelFileConfig();
-    status = format->applyDefaults(source ? source : this, wanted);
-    zelSize dimensions;
-    wanted.getSize(dimensions);
-    if (status == zelOKAY && (dimensions.x != size.x || dimensions.y != size.y)) {
-        zelError(zelSevWarning, "%s: all images have the size of the first one", nameForMessages());
-        status = zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
-    }
-    if (status == zelOKAY)
-        status = finishWriting();
-    if (status != zelOKAY)
-        return status;
-    wanted.getPageSize(pageSize);
-    dtype = wanted.getDataType();
-    cm = wanted.getColorModel();
     current_ = images_++;
-    markAttributesChanged();
     return beginImage();
 }
 
@@ -246,13 +239,14 @@ zelStatus GifFile::startEncoding() {
     const auto greys = palette ? nullptr : zelkit::greyPalette(indexesOf(dtype));
     if (!palette && !greys)
         return zelkit::noMemory();
-    const Encoder::Image image = {size.x, size.y, palette ? *palette : *greys, dtype == zelBit,
-                                  static_cast<int>(fields.numberOr(delayTag, 0))};
+    const Encoder::Image image = {
+        size.x, size.y, palette ? *palette : *greys, dtype == zelBit,
+        static_cast<int>(std::lround(fields.numberOr(durationTag, 0) / millisecondsPerDelay))};
     zelStatus status = zelOKAY;
     if (!encoder_) {
         encoder_ = std::make_unique<Encoder>(fd);
         status = encoder_->begin(image, fields.text(commentTag),
-                                 static_cast<int>(fields.numberOr(loopCountTag, -1)));
+                                 loopCountOf(static_cast<int>(fields.numberOr(loopCountTag, 1))));
     }
     return status == zelOKAY ? encoder_->beginImage(image) : status;
 }

@@ -15,7 +15,7 @@ namespace zelgif {
 
 enum Tag : int {
     commentTag = 1,
-    delayTag = 2,
+    durationTag = 2,
     loopCountTag = 3
 };
 

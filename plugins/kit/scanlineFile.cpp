@@ -4,6 +4,7 @@
 #include "kit/palette.h"
 #include "kit/sizes.h"
 
+#include <zel/zelFileConfig.h>
 #include <zel/zelFormat.h>
 
 #include <algorithm>
@@ -64,9 +65,36 @@ zelStatus ScanlineFile::beginWriting() {
     return makeBand();
 }
 
+zelStatus ScanlineFile::prepareNextImage(zelFile* source, const zelFileConfig* config) {
+    zelStatus status = checkWritable();
+    if (status != zelOKAY)
+        return status;
+    zelFileConfig wanted = config ? *config : zelFileConfig();
+    status = format->applyDefaults(source ? source : this, wanted);
+    zelSize wantedSize;
+    wanted.getSize(wantedSize);
+    if (status == zelOKAY && (wantedSize.x != size.x || wantedSize.y != size.y ||
+                              wanted.getOrientation() != orientation)) {
+        zelError(zelSevWarning, "%s: all images have the size and orientation of the first one",
+                 nameForMessages());
+        status = zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
+    }
+    if (status == zelOKAY)
+        status = finishWriting();
+    if (status != zelOKAY)
+        return status;
+    size = wantedSize;
+    wanted.getPageSize(pageSize);
+    dtype = wanted.getDataType();
+    cm = wanted.getColorModel();
+    compression = wanted.getCompression();
+    markAttributesChanged();
+    return zelOKAY;
+}
+
 zelStatus ScanlineFile::finishWriting() {
     if (use_ != Use::Writing)
-        return zelOKAY;
+        return writeStatus_;
     zelStatus status = writeStatus_;
     const std::int64_t last = pageAt(size.x - 1, size.y - 1);
     if (next_ <= last) {

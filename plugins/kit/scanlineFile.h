@@ -63,7 +63,12 @@ protected:
     /// Starts an image that is to be written, with the page size that it has.
     /// zelUNSUPPORTEDBYFORMAT if its pages fit no image of this size, zelMALLOCFAILED as above.
     zelStatus beginWriting();
-    /// Encodes what is missing of the image in writing and ends it; zelOKAY if there is none.
+    /// For appendImg: ends the image in writing and takes the attributes of another, by the
+    /// format's defaults from `source`, or else from the image in writing. beginWriting starts it.
+    /// zelUNSUPPORTEDBYFORMAT, with a warning, if it is not of the same size and orientation.
+    zelStatus prepareNextImage(zelFile* source, const zelFileConfig* config);
+    /// Encodes what is missing of the image in writing and ends it. Without one, what ending the
+    /// last one came to.
     zelStatus finishWriting();
     /// finishWriting, and the descriptor closed. The first failure is answered.
     zelStatus closeFile() override;

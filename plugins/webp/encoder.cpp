@@ -2,54 +2,9 @@
 
 #include "kit/fileIo.h"
 
-#include <cerrno>
-#include <memory>
-#include <webp/mux.h>
-
 namespace zelwebp {
 
-namespace {
-
-zelStatus noMemory() {
-    return zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
-}
-
-struct DeleteMux {
-    void operator()(WebPMux* mux) const { WebPMuxDelete(mux); }
-};
-using Mux = std::unique_ptr<WebPMux, DeleteMux>;
-
-class Output {
-public:
-    Output() { WebPMemoryWriterInit(&writer); }
-    ~Output() { WebPMemoryWriterClear(&writer); }
-    Output(const Output&) = delete;
-    Output& operator=(const Output&) = delete;
-
-    WebPMemoryWriter writer;
-};
-
-bool addChunk(WebPMux* mux, const char* name, std::span<const std::uint8_t> content) {
-    const WebPData data = {content.data(), content.size()};
-    return content.empty() || WebPMuxSetChunk(mux, name, &data, 0) == WEBP_MUX_OK;
-}
-
-zelStatus writeWithChunks(int fd, const WebPData& image, std::span<const std::uint8_t> iccProfile,
-                          std::span<const std::uint8_t> exif) {
-    const Mux mux(WebPMuxNew());
-    if (!mux || WebPMuxSetImage(mux.get(), &image, 0) != WEBP_MUX_OK ||
-        !addChunk(mux.get(), "ICCP", iccProfile) || !addChunk(mux.get(), "EXIF", exif))
-        return noMemory();
-    WebPData file;
-    WebPDataInit(&file);
-    if (WebPMuxAssemble(mux.get(), &file) != WEBP_MUX_OK)
-        return noMemory();
-    const zelStatus status = zelkit::writeExact(fd, file.bytes, file.size, 0);
-    WebPDataClear(&file);
-    return status;
-}
-
-} // namespace
+using zelkit::noMemory;
 
 zelStatus Encoder::begin(int width, int height, int channels) {
     if (WebPPictureInit(&picture_) == 0)
@@ -70,7 +25,7 @@ void Encoder::addRow(const std::uint8_t* row) {
     row_++;
 }
 
-zelStatus Encoder::encode(const char* name, const Options& options, WebPMemoryWriter& output) {
+zelStatus Encoder::encode(const char* name, const Options& options, EncodedImage& image) {
     WebPConfig config;
     if (WebPConfigInit(&config) == 0)
         return zelStatusEncode(zelSYSTEM_CONFIGURATION_ERROR);
@@ -79,7 +34,7 @@ zelStatus Encoder::encode(const char* name, const Options& options, WebPMemoryWr
     config.quality = static_cast<float>(options.lossless ? 75 : options.quality);
     config.method = options.effort;
     picture_.writer = WebPMemoryWrite;
-    picture_.custom_ptr = &output;
+    picture_.custom_ptr = &image.output;
     if (WebPEncode(&config, &picture_) != 0)
         return zelOKAY;
     const bool outOfMemory = picture_.error_code == VP8_ENC_ERROR_OUT_OF_MEMORY ||
@@ -94,19 +49,6 @@ zelStatus Encoder::encode(const char* name, const Options& options, WebPMemoryWr
              static_cast<int>(picture_.error_code),
              tooDetailed ? ": it has too much detail for its size; a lower quality may help" : "");
     return zelStatusEncode(zelWRITEFAILED);
-}
-
-zelStatus Encoder::write(int fd, const char* name, const Options& options,
-                         std::span<const std::uint8_t> iccProfile,
-                         std::span<const std::uint8_t> exif) {
-    Output output;
-    const zelStatus status = encode(name, options, output.writer);
-    WebPPictureFree(&picture_);
-    if (status != zelOKAY)
-        return status;
-    const WebPData image = {output.writer.mem, output.writer.size};
-    return iccProfile.empty() && exif.empty() ? zelkit::writeExact(fd, image.bytes, image.size, 0)
-                                              : writeWithChunks(fd, image, iccProfile, exif);
 }
 
 } // namespace zelwebp

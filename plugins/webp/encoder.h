@@ -4,9 +4,9 @@
 #include <zel/zelError.h>
 
 #include <cstdint>
-#include <span>
-#include <vector>
+#include <utility>
 #include <webp/encode.h>
+#include <webp/mux_types.h>
 
 namespace zelwebp {
 
@@ -14,6 +14,20 @@ struct Options {
     bool lossless = true;
     int quality = 75;
     int effort = 4;
+};
+
+/// An image as libwebp encoded it.
+struct EncodedImage {
+    EncodedImage() { WebPMemoryWriterInit(&output); }
+    EncodedImage(EncodedImage&& other) noexcept
+        : output(std::exchange(other.output, {})), duration(other.duration) {}
+    EncodedImage& operator=(EncodedImage&&) = delete;
+    ~EncodedImage() { WebPMemoryWriterClear(&output); }
+
+    WebPData data() const { return {output.mem, output.size}; }
+
+    WebPMemoryWriter output;
+    int duration = 0; ///< in milliseconds, in an animation
 };
 
 /// Collects the rows of an image, which libwebp encodes at once.
@@ -26,15 +40,11 @@ public:
 
     zelStatus begin(int width, int height, int channels);
     void addRow(const std::uint8_t* row);
-    /// Encodes the image and writes the file, with the profile and the EXIF block that are not
-    /// empty. An image that libwebp refuses draws a warning, and zelWRITEFAILED; `name` is for
-    /// that.
-    zelStatus write(int fd, const char* name, const Options& options,
-                    std::span<const std::uint8_t> iccProfile, std::span<const std::uint8_t> exif);
+    /// Encodes the image. One that libwebp refuses draws a warning, and zelWRITEFAILED; `name` is
+    /// for that.
+    zelStatus encode(const char* name, const Options& options, EncodedImage& image);
 
 private:
-    zelStatus encode(const char* name, const Options& options, WebPMemoryWriter& output);
-
     WebPPicture picture_{};
     int channels_ = 0;
     int row_ = 0;

@@ -28,16 +28,21 @@ std::span<const zelTagDescription> tagTable() {
     return table;
 }
 
-// Without a quality the compression that was asked for decides.
 void WebpFile::readOptions() {
     int quality = -1;
-    bool lossless = false;
-    const zelkit::Argument known[] = {
-        {"quality", &quality, 0, 100}, {"lossless", &lossless}, {"effort", &options_.effort, 0, 6}};
+    const zelkit::Argument known[] = {{"quality", &quality, 0, 100},
+                                      {"lossless", &isLossless_},
+                                      {"effort", &options_.effort, 0, 6}};
     readArguments(known);
-    options_.lossless = lossless || (quality < 0 && compression != zelJPEG);
+    isLossy_ = quality >= 0 && !isLossless_;
     if (quality >= 0)
         options_.quality = quality;
+}
+
+// Without arguments the compression that was asked for decides.
+void WebpFile::settleCompression() {
+    options_.lossless = isLossless_ || (!isLossy_ && compression != zelJPEG);
+    compression = options_.lossless ? zelZIP : zelJPEG;
 }
 
 // Reading
@@ -54,6 +59,8 @@ zelStatus WebpFile::openFile() {
 }
 
 zelStatus WebpFile::showImage(int i) {
+    if (images_ > 0)
+        return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
     const Frame& frame = container_.frames[static_cast<std::size_t>(i)];
     current_ = i;
     size = zelSize(container_.width, container_.height, 1, container_.hasAlpha ? 4 : 3);
@@ -70,7 +77,7 @@ zelStatus WebpFile::showImage(int i) {
 }
 
 int WebpFile::getNumImgs() {
-    return container_.frames.empty() ? 1 : static_cast<int>(container_.frames.size());
+    return images_ > 0 ? images_ : static_cast<int>(container_.frames.size());
 }
 
 zelStatus WebpFile::startDecoding() {
@@ -98,15 +105,19 @@ zelStatus WebpFile::createFile() {
     readOptions();
     if (size.c != zelColorModelChans(cm))
         return refuseAttributes();
-    compression = options_.lossless ? zelZIP : zelJPEG;
+    settleCompression();
+    images_ = 1;
     const zelStatus status = makeFile();
     return status == zelOKAY ? beginWriting() : status;
 }
 
-// An animation is only read.
-zelStatus WebpFile::setItem(int tag, va_list args) {
-    const bool ofAnimation = tag == durationTag || tag == loopCountTag;
-    return ofAnimation ? zelStatusEncode(zelBADFIELDSET) : ScanlineFile::setItem(tag, args);
+zelStatus WebpFile::appendImg(zelFile* source, zelFileConfig* config) {
+    const zelStatus status = prepareNextImage(source, config);
+    if (status != zelOKAY)
+        return status;
+    settleCompression();
+    current_ = images_++;
+    return beginWriting();
 }
 
 zelStatus WebpFile::startEncoding() {
@@ -121,13 +132,31 @@ zelStatus WebpFile::encodeRows(const std::uint8_t* rows, int count) {
 }
 
 zelStatus WebpFile::finishEncoding() {
+    EncodedImage image;
+    image.duration = static_cast<int>(fields.numberOr(durationTag, 0));
+    const zelStatus status = encoder_->encode(nameForMessages(), options_, image);
+    encoder_.reset();
+    if (status == zelOKAY)
+        made_.images.push_back(std::move(image));
+    return status;
+}
+
+zelStatus WebpFile::writeImages() {
     zelkit::Fields stated = fields;
     if (orientation != zelUpperLeftOrigin)
         stated.set(zelkit::exifOrientation, double(orientation));
-    const std::vector<std::uint8_t> exif = zelkit::writeExif(stated);
-    const zelStatus status = encoder_->write(fd, nameForMessages(), options_, iccProfile, exif);
-    encoder_.reset();
-    return status;
+    made_.exif = zelkit::writeExif(stated);
+    made_.iccProfile = iccProfile;
+    made_.loopCount = static_cast<int>(fields.numberOr(loopCountTag, 0));
+    return made_.write(fd);
+}
+
+zelStatus WebpFile::closeFile() {
+    zelStatus written = finishWriting();
+    if (written == zelOKAY && images_ > 0)
+        written = writeImages();
+    const zelStatus closed = closeDescriptor();
+    return written != zelOKAY ? written : closed;
 }
 
 } // namespace zelwebp

@@ -1,8 +1,8 @@
 #ifndef ZELWEBP_WEBPFILE_H
 #define ZELWEBP_WEBPFILE_H
 
+#include "assembly.h"
 #include "container.h"
-#include "encoder.h"
 #include "frameSource.h"
 
 #include "kit/fileClass.h"
@@ -24,11 +24,14 @@ public:
 
     int getNumImgs() override;
     int getCurrentImg() override { return current_; }
-    zelStatus setItem(int tag, va_list args) override;
+    /// Ends the image in writing and begins another of the same size: the file is an animation.
+    zelStatus appendImg(zelFile* source, zelFileConfig* config) override;
 
 protected:
     zelStatus openFile() override;
     zelStatus createFile() override;
+    zelStatus closeFile() override;
+    /// A file in making stays at its last image.
     zelStatus showImage(int i) override;
 
     zelStatus startDecoding() override;
@@ -45,13 +48,19 @@ private:
     ~WebpFile() override = default;
 
     void readOptions();
+    void settleCompression();
+    zelStatus writeImages();
 
     Options options_;
+    bool isLossy_ = false;    ///< by the file's arguments
+    bool isLossless_ = false; ///< likewise
     Container container_;
     int current_ = 0;
     int row_ = 0; ///< the next row to be decoded
     std::unique_ptr<FrameSource> source_;
     std::unique_ptr<Encoder> encoder_;
+    Assembly made_;
+    int images_ = 0; ///< of a file in making
 };
 
 } // namespace zelwebp

@@ -111,7 +111,7 @@ TEST_F(Gif, WritesImagesThatOtherProgramsSee) {
             EXPECT_EQ(file->setTag(3, 5), zelOKAY);
         }
         EXPECT_EQ(file->setColormap(&map), zelOKAY);
-        EXPECT_EQ(file->setTag(2, 40 + i), zelOKAY);
+        EXPECT_EQ(file->setTag(2, 400 + 10 * i), zelOKAY);
         std::string seenImage;
         for (int at = 0; at < 3000; at++) {
             const int index = (at * 7 + at / 60 + i) % 10;
@@ -133,10 +133,13 @@ TEST_F(Gif, WritesImagesThatOtherProgramsSee) {
     file = open("a.gif:2");
     ASSERT_NE(file, nullptr);
     EXPECT_TRUE(seen(file) == images[2]);
-    int delay = 0, loops = 0;
-    EXPECT_EQ(file->getTag(2, &delay), zelOKAY);
+    int duration = 0, loops = 0;
+    EXPECT_EQ(file->getTag(2, &duration), zelOKAY);
     EXPECT_EQ(file->getTag(3, &loops), zelOKAY);
-    EXPECT_EQ(delay * 10 + loops, 425);
+    EXPECT_EQ(duration, 420);
+    EXPECT_EQ(loops, 5);
+    EXPECT_NE(content("a.gif").find(std::string("NETSCAPE2.0\3\1\4\0\0", 16)), std::string::npos)
+        << "shown four times again";
     EXPECT_EQ(file->close(0), zelOKAY);
 }
 

@@ -98,6 +98,44 @@ TEST_F(Webp, WritesWhatAnotherDecoderReads) {
     }
 }
 
+TEST_F(Webp, WritesAnimationsThatOtherProgramsTakeApart) {
+    const zelSize size(41, 30, 1, 4);
+    zelFileConfig config(&size, zelUChar, zelInterleaved, zelRGBA);
+    zelFile* file = create("own.webp", config);
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(file->setTag(2, 3), zelOKAY);
+    EXPECT_EQ(file->setTag(315, "somebody"), zelOKAY);
+    std::vector<Pixels> images;
+    for (int i = 0; i < 3; i++) {
+        if (i > 0) {
+            EXPECT_EQ(file->appendImg(nullptr, &config), zelOKAY);
+        }
+        EXPECT_EQ(file->setTag(1, 100 + i), zelOKAY);
+        images.push_back(Pixels::pattern(zelUChar, 41, 30, 4, static_cast<unsigned>(i)));
+        EXPECT_EQ(writePixels(file, images.back()), zelOKAY);
+    }
+    const zelSize other(40, 30, 1, 4);
+    zelFileConfig narrower(&other);
+    EXPECT_EQ(file->appendImg(nullptr, &narrower), zelUNSUPPORTEDBYFORMAT);
+    EXPECT_EQ(file->close(0), zelOKAY);
+
+    const std::string info = output("webpmux -info own.webp");
+    for (const char* const part : {"Canvas size: 41 x 30", "Loop Count : 3", "Number of frames: 3",
+                                   " 102 ", "EXIF metadata"})
+        EXPECT_NE(info.find(part), std::string::npos) << part << " is not in\n" << info;
+    for (int i = 0; i < 3; i++) {
+        const std::string number = std::to_string(i);
+        run("webpmux -get frame " + std::to_string(i + 1) +
+            " own.webp -o f.webp 2>/dev/null && "
+            "dwebp -quiet f.webp -pam -o f.pam");
+        const auto& bytes = images[static_cast<std::size_t>(i)].bytes;
+        const std::string all = content("f.pam");
+        EXPECT_TRUE(all.substr(all.size() - bytes.size()) ==
+                    std::string(bytes.begin(), bytes.end()));
+        EXPECT_TRUE(read("own.webp:" + number) == images[static_cast<std::size_t>(i)]) << i;
+    }
+}
+
 TEST_F(Webp, ComposesAnimations) {
     run("convert-im6.q16 rose: -colors 200 r.gif && convert-im6.q16 r.gif -crop 30x20+9+9 "
         "+repage s.gif && convert-im6.q16 -delay 7 -dispose none r.gif -dispose background -page "
