@@ -1,6 +1,7 @@
 #include "kit/palette.h"
 
 #include <algorithm>
+#include <climits>
 #include <vector>
 
 namespace zelkit {
@@ -27,10 +28,11 @@ std::uint8_t toByte(double value) {
 
 } // namespace
 
-std::unique_ptr<zelColormap> makePalette(std::span<const std::uint8_t> colors, int channels) {
+std::unique_ptr<zelColormap> makePalette(std::span<const std::uint8_t> colors, int channels,
+                                         int most) {
     const auto entries = static_cast<int>(
-        std::min<std::size_t>(colors.size() / static_cast<unsigned>(channels), largestPalette + 1));
-    if (entries < 1 || entries > largestPalette)
+        std::min<std::size_t>(colors.size() / static_cast<unsigned>(channels), INT_MAX));
+    if (entries < 1 || entries > most)
         return nullptr;
     auto map = std::make_unique<zelColormap>(channels, zelUChar, 0, entries - 1);
     if (map->getLength() != entries || !map->getData())

@@ -13,9 +13,10 @@ namespace zelkit {
 constexpr int largestPalette = 256;
 
 /// A colour map of bytes with the given colours, one behind the other, from index 0 on. Null if
-/// there is no memory, no entry or more than 256. 3 channels are red, green and blue; a fourth is
-/// alpha, 255 for opaque.
-std::unique_ptr<zelColormap> makePalette(std::span<const std::uint8_t> colors, int channels);
+/// there is no memory, no entry or more than `most`. 3 channels are red, green and blue; a fourth
+/// is alpha, 255 for opaque.
+std::unique_ptr<zelColormap> makePalette(std::span<const std::uint8_t> colors, int channels,
+                                         int most = largestPalette);
 
 /// The first 256 entries of any colour map as bytes, in 3 channels or 4; wider types are scaled
 /// down, and one channel counts as grey. Null for a map without entries or of 2 channels.

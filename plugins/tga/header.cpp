@@ -18,6 +18,7 @@ using zelkit::get32;
 using zelkit::PackedPixels;
 
 constexpr std::size_t headerBytes = 18;
+constexpr std::size_t wideIndexes = 1 << 16; // of 16 bits
 using Raw = std::array<std::uint8_t, headerBytes>;
 
 // Numbers of the header's fields.
@@ -91,7 +92,7 @@ PackedPixels packingOf(int bytes, bool alpha) {
     return {bytes, alpha && bytes == 4 ? PackedPixels::argb8888 : PackedPixels::rgb888};
 }
 
-// Indexes that the file gives no colour are black.
+// Indexes of one byte that the file gives no colour are black.
 zelStatus readColors(int fd, const Raw& raw, std::int64_t at, bool alpha, Header& header) {
     const std::size_t first = get16(&raw[3]);
     const int bits = raw[7];
@@ -99,11 +100,14 @@ zelStatus readColors(int fd, const Raw& raw, std::int64_t at, bool alpha, Header
     const PackedPixels packing = packingOf(entryBytes, alpha && bits != 15);
     header.colorChannels = packing.channels();
     const auto channels = static_cast<std::size_t>(header.colorChannels);
-    header.colors.assign(zelkit::largestPalette * channels, 0);
-    if (first >= zelkit::largestPalette)
+    const std::size_t stated = get16(&raw[5]);
+    const std::size_t indexes = header.pixelBytes == 1
+                                    ? std::size_t{zelkit::largestPalette}
+                                    : std::clamp<std::size_t>(first + stated, 1, wideIndexes);
+    header.colors.assign(indexes * channels, 0);
+    if (first >= indexes)
         return zelOKAY;
-    const std::size_t entries =
-        std::min<std::size_t>(get16(&raw[5]), zelkit::largestPalette - first);
+    const std::size_t entries = std::min(stated, indexes - first);
     std::vector<std::uint8_t> stored(entries * static_cast<std::size_t>(entryBytes));
     const zelStatus status = zelkit::readExact(fd, stored.data(), stored.size(), at);
     packing.decode(stored.data(), header.colors.data() + first * channels,
@@ -150,8 +154,6 @@ zelStatus readHeader(int fd, const char* fileName, Header& header) {
     if (raw[1] > 1 || !colorsAreKnown || header.width == 0 || header.height == 0 ||
         !readPixelForm(raw, alpha, header))
         return zelStatusEncode(zelBADMAGIC);
-    if (header.colorModel == zelRGBPalette && header.pixelBytes != 1)
-        return unsupported(fileName, "indexes of 16 bits");
     if ((descriptor & interleavedRows) != 0)
         return unsupported(fileName, "interleaved rows");
     const bool top = (descriptor & fromTop) != 0;

@@ -20,7 +20,7 @@ struct Header {
     int pixelBytes = 1; ///< of a pixel as it is stored
     bool runLengths = false;
     zelOrientation orientation = zelLowerLeftOrigin;
-    std::vector<std::uint8_t> colors; ///< of a palette: 256 entries
+    std::vector<std::uint8_t> colors; ///< of a palette: for every index of one byte
     int colorChannels = 3;            ///< of an entry: red, green, blue and perhaps alpha
     std::int64_t dataOffset = 0;
 
@@ -31,7 +31,7 @@ struct Header {
 
 /// Reads the header, and holds the sizes against the file's length.
 /// zelBADMAGIC: no such file; zelPREMATUREEOF; zelUNSUPPORTEDBYFILE with a warning that bears
-/// `fileName`: 16-bit indexes or interleaved rows.
+/// `fileName`: interleaved rows.
 zelStatus readHeader(int fd, const char* fileName, Header& header);
 
 /// The bytes before the first row of a new file; sets `dataOffset`.

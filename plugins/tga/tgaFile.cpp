@@ -1,5 +1,6 @@
 #include "tgaFile.h"
 
+#include "kit/littleEndian.h"
 #include "kit/palette.h"
 
 #include <algorithm>
@@ -21,12 +22,12 @@ zelStatus TgaFile::openFile() {
     pixels_ = header_.packing();
     cm = header_.colorModel;
     size = zelSize(header_.width, header_.height, 1, zelColorModelChans(cm));
-    dtype = zelUChar;
+    dtype = cm == zelRGBPalette && header_.pixelBytes == 2 ? zelUShort : zelUChar;
     order = zelInterleaved;
     orientation = header_.orientation;
     compression = header_.runLengths ? zelUnknownCompression : zelNoCompression;
     if (cm == zelRGBPalette) {
-        palette = zelkit::makePalette(header_.colors, header_.colorChannels);
+        palette = zelkit::makePalette(header_.colors, header_.colorChannels, 1 << 16);
         if (!palette)
             return zelkit::noMemory();
     }
@@ -66,6 +67,10 @@ zelStatus TgaFile::decodeRows(std::uint8_t* rows, int count) {
 void TgaFile::decodeRow(const std::uint8_t* stored, std::uint8_t* elements) const {
     if (cm == zelRGB || cm == zelRGBA)
         pixels_.decode(stored, elements, size.x);
+    else if (dtype == zelUShort)
+        for (int x = 0; x < size.x; x++)
+            reinterpret_cast<std::uint16_t*>(elements)[x] =
+                static_cast<std::uint16_t>(zelkit::get16(stored + std::ptrdiff_t{x} * 2));
     else
         std::copy_n(stored, rowBytes(), elements);
 }

@@ -114,6 +114,19 @@ TEST_F(Tga, ReadsBitsPalettesAndTheMeaningOfAlpha) {
     write("a.tga", targa(std::string("\2\1\1\3\0\2\0\x18\0\0\0\0\3\0\1\0\x08\x30", 18),
                          std::string("id\1\2\3\4\5\6\4\3\0", 11)));
     EXPECT_EQ(colors("a.tga"), Numbers({0, 0, 0, 3, 2, 1, 6, 5, 4}));
+    // Indexes of 16 bits, 300, 299 and 1, in a run and in a literal; colours for the first two.
+    write("a.tga", targa(std::string("\0\1\x09\x2b\1\2\0\x18\0\0\0\0\4\0\1\0\x10\x20", 18),
+                         std::string("\1\2\3\4\5\6\x81\x2c\1\1\x2b\1\1\0", 14)));
+    EXPECT_EQ(numbers(read("a.tga")), Numbers({300, 300, 299, 1}));
+    zelFile* const file = open("a.tga");
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(file->getDataType(), zelUShort);
+    const zelColormap* map = nullptr;
+    ASSERT_EQ(file->getColormap(map), zelOKAY);
+    EXPECT_EQ(map->getLength(), 301);
+    for (const auto& [index, red] : {std::pair(300, 6), std::pair(299, 3), std::pair(1, 0)})
+        EXPECT_EQ(map->getVal(index, 0), red) << index;
+    EXPECT_EQ(file->close(0), zelOKAY);
     write("a.tga", targa(std::string("\0\0\x0a\0\0\0\0\0\0\0\0\0\2\0\2\0\x18", 17),
                          std::string("\x81\1\2\3\1\4\5\6\7\x08", 10)));
     EXPECT_EQ(statusOfReading("a.tga"), zelPREMATUREEOF);
