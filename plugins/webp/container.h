@@ -6,6 +6,7 @@
 #include <zel/zelError.h>
 
 #include <cstdint>
+#include <string>
 #include <vector>
 #include <webp/mux_types.h>
 
@@ -16,12 +17,18 @@ struct Frame {
     bool lossless = false;
 };
 
-/// A WebP file in memory, still compressed, and what it says of its images.
+/// A WebP file: what it says of its images, and once they are wanted the compressed images, which
+/// are held in memory.
 class Container {
 public:
-    /// zelPREMATUREEOF if the file is shorter than it says, zelCORRUPTED if its parts are damaged.
-    zelStatus load(int fd);
+    /// Goes through the file's parts; `name` is the file's in warnings. zelPREMATUREEOF if the file
+    /// is shorter than it says, zelCORRUPTED if its parts are damaged as far as they are looked at:
+    /// all of a small file.
+    zelStatus open(int fd, const char* name);
+    /// Reads the whole file, unless that is done. Fails as `open`, and for lack of memory.
+    zelStatus load();
 
+    /// Of a file that is loaded.
     WebPData data() const { return {bytes_.data(), bytes_.size()}; }
 
     int width = 0;
@@ -34,9 +41,21 @@ public:
     std::vector<std::uint8_t> exif;
 
 private:
-    zelStatus readBytes(int fd);
-    zelStatus describe();
+    struct Chunk;
 
+    zelStatus readLength();
+    zelStatus readChunk(std::int64_t offset, Chunk& chunk) const;
+    zelStatus walk();
+    zelStatus take(const Chunk& chunk);
+    zelStatus takeCanvas(const Chunk& chunk);
+    zelStatus takeImage(const Chunk& chunk);
+    zelStatus takeFrame(const Chunk& chunk);
+    zelStatus takeBlock(const Chunk& chunk, std::size_t most, std::vector<std::uint8_t>& block);
+
+    int fd_ = -1;
+    std::string name_;
+    std::int64_t length_ = 0; ///< as the file says
+    bool extended_ = false;   ///< the canvas is told apart from the images
     zelkit::Buffer bytes_;
 };
 

@@ -49,7 +49,7 @@ void WebpFile::settleCompression() {
 
 zelStatus WebpFile::openFile() {
     readArguments({});
-    const zelStatus status = container_.load(fd);
+    const zelStatus status = container_.open(fd, nameForMessages());
     if (status != zelOKAY)
         return status;
     iccProfile = container_.iccProfile;
@@ -81,6 +81,9 @@ int WebpFile::getNumImgs() {
 }
 
 zelStatus WebpFile::startDecoding() {
+    const zelStatus loaded = container_.load();
+    if (loaded != zelOKAY)
+        return loaded;
     if (!source_)
         source_ = makeFrameSource(container_);
     row_ = 0;
