@@ -28,6 +28,7 @@ zelStatus Handle::open(int fd, const char* name, const char* mode, std::int64_t 
     name_ = name;
     position_ = 0;
     complaints_ = 0;
+    lackedMemory_ = false;
     sparse_ = false;
     readStatus_ = writeStatus_ = zelOKAY;
     const zelStatus status = zelkit::getFileLength(fd, length_);
@@ -139,6 +140,8 @@ int Handle::report(TIFF*, void* self, const char* module, const char* format, va
     // Private tags are no fault of the file.
     const bool harmless = std::string_view(format).starts_with("Unknown field with tag");
     handle.complaints_ += harmless ? 0 : 1;
+    if (std::string_view(format).find("Memory allocation of") != std::string_view::npos)
+        handle.lackedMemory_ = true;
     char text[120];
     std::vsnprintf(text, sizeof text, format, arguments);
     zelError(harmless ? zelSevInfo : zelSevWarning, "%.100s: %.28s: %s", handle.name_.c_str(),

@@ -40,6 +40,9 @@ public:
     /// How many errors and warnings libtiff has given since the opening.
     int complaints() const { return complaints_; }
 
+    /// Whether libtiff was refused memory, by the bound, since the opening.
+    bool lackedMemory() const { return lackedMemory_; }
+
     /// While set, zeros behind the file's end make the file longer without being written.
     void setSparse(bool sparse) { sparse_ = sparse; }
 
@@ -61,6 +64,7 @@ private:
     zelStatus readStatus_ = zelOKAY;
     zelStatus writeStatus_ = zelOKAY;
     int complaints_ = 0;
+    bool lackedMemory_ = false;
     bool sparse_ = false;
 };
 

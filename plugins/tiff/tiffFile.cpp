@@ -4,6 +4,8 @@
 #include "pageWriter.h"
 #include "tags.h"
 
+#include "kit/sizes.h"
+
 #include <zel/zelFileConfig.h>
 #include <zel/zelFormat.h>
 
@@ -19,6 +21,9 @@ namespace {
 
 // Larger pages of files opened to be read are not kept.
 constexpr std::size_t largestKeptPage = 32 << 20;
+// Until pages are wanted that need more, libtiff gets as much at a time: it passes over longer
+// tags, of which programs keep hundreds of megabytes in a file.
+constexpr std::int64_t narrowAllowance{zelkit::largestProfile};
 constexpr std::int64_t readingAllowance = 16 << 20;
 constexpr std::int64_t updateAllowance = 256 << 20;
 constexpr std::int64_t allowancePerByte = 8;
@@ -57,8 +62,26 @@ std::int64_t TiffFile::memoryLimit() const {
 
 zelStatus TiffFile::openFile() {
     readOptions();
-    const zelStatus opened = openHandle(accessmode == 2 ? "r+mC" : "rmC", memoryLimit());
-    return opened == zelOKAY ? showDirectory(0) : opened;
+    narrow_ = accessmode == 0;
+    zelStatus status =
+        narrow_ ? openHandle("rmC", narrowAllowance) : openHandle("r+mC", memoryLimit());
+    if (status == zelOKAY)
+        status = showDirectory(0);
+    return status != zelOKAY && narrow_ && handle_.lackedMemory() ? reopenWide(0) : status;
+}
+
+zelStatus TiffFile::reopenWide(int image) {
+    narrow_ = false;
+    handle_.close();
+    const zelStatus status = openHandle("rmC", memoryLimit());
+    return status == zelOKAY ? goToImage(image) : status;
+}
+
+// What a codec takes is a few times a block.
+bool TiffFile::needsMoreMemory() const {
+    constexpr std::int64_t copies = 4;
+    return narrow_ && !layout_.raw &&
+           layout_.bytesOf(layout_.blockHeight) > narrowAllowance / copies;
 }
 
 zelStatus TiffFile::createFile() {
@@ -121,6 +144,11 @@ zelStatus TiffFile::showDirectory(int image) {
 }
 
 zelStatus TiffFile::selectImage(int image) {
+    const zelStatus status = goToImage(image);
+    return status != zelOKAY && narrow_ && handle_.lackedMemory() ? reopenWide(image) : status;
+}
+
+zelStatus TiffFile::goToImage(int image) {
     TIFF* const tiff = handle_.get();
     // A step forward needs no walk along the chain of directories.
     const bool next = accessmode == 0 && image == current_ + 1;
@@ -286,6 +314,11 @@ zelStatus TiffFile::getPage(void* data, int x, int y, int z, int c, int nx, int 
     if (cache_.holds(area)) {
         std::memcpy(data, cache_.bytes.data(), cache_.bytes.size());
         return zelOKAY;
+    }
+    if (needsMoreMemory()) {
+        const zelStatus reopened = reopenWide(current_);
+        if (reopened != zelOKAY)
+            return reopened;
     }
     const zelStatus status = reader_.read(handle_, layout_, area, static_cast<std::uint8_t*>(data));
     if (status == zelOKAY && !layout_.raw && !cache_.dirty && pageBytes() <= largestKeptPage)

@@ -70,7 +70,10 @@ private:
     std::int64_t memoryLimit() const;
     bool isOurs(int image) const { return image >= firstOurs_; }
     zelStatus showDirectory(int image);
+    zelStatus goToImage(int image);
     zelStatus selectImage(int image);
+    zelStatus reopenWide(int image);
+    bool needsMoreMemory() const;
     zelStatus writeOut();
     zelStatus addImage(const Attributes& image);
     zelStatus fillHoles();
@@ -93,6 +96,7 @@ private:
     int firstOurs_ = INT_MAX; ///< images from this on were made by this object
     std::vector<int> holed_;  ///< images of ours that may have unwritten blocks
     bool chainIsSound_ = true;
+    bool narrow_ = false; ///< libtiff has memory for directories, and small blocks
 };
 
 } // namespace zeltiff
