@@ -4,6 +4,7 @@
 #include "kit/palette.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 
 namespace zelbmp {
@@ -160,6 +161,19 @@ zelStatus BmpFile::createFile() {
         palette = zelkit::makePalette(header_.colors, 3);
     const zelStatus status = makeFile();
     return status == zelOKAY ? beginWriting() : status;
+}
+
+// Alpha has no place in the file, so that it is not shown as if it had.
+zelStatus BmpFile::setColormap(const zelColormap* colormap) {
+    const zelStatus status = ScanlineFile::setColormap(colormap);
+    if (status != zelOKAY || palette->getNumChans() == 3)
+        return status;
+    std::vector<std::uint8_t> colors;
+    for (int i = 0; i < palette->getLength(); i++)
+        for (int c = 0; c < 3; c++)
+            colors.push_back(zelkit::paletteByte(*palette, i, c));
+    palette = zelkit::makePalette(colors, 3);
+    return palette ? zelOKAY : zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
 }
 
 void BmpFile::storeResolution() {

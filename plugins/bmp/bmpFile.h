@@ -20,6 +20,8 @@ public:
     static constexpr char className[] = "zelbmp::BmpFile";
     static constexpr char description[] = "Bitmap file";
 
+    zelStatus setColormap(const zelColormap* colormap) override;
+
 protected:
     zelStatus openFile() override;
     zelStatus createFile() override;

@@ -73,6 +73,20 @@ class Reduced(ToolTest):
         self.assertEqual(seen, [c + (255,) if a >= 128 else (0, 0, 0, 0)
                                 for c, a in zip(colors, alpha)])
 
+    def test_palettes_without_alpha_do_not_take_it(self):
+        self.write("in.pam", b"P7\nWIDTH 3\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\n"
+                   b"ENDHDR\n" + bytes([9, 8, 7, 255, 0, 0, 0, 0, 200, 100, 0, 255]))
+        self.zel("convert", "in.pam", "p.png", "--model", "palette")
+        for name in ("o.tif", "o.bmp", "o.tga", "o.webp", "o.gif"):
+            with self.subTest(name):
+                self.assertEqual(self.zel("convert", "p.png", name).err, "")
+                self.zel("convert", name, "o.pam", "--model", "rgba")
+                self.assertEqual(self.read("o.pam"), self.read("in.pam"))
+        self.assertEqual(self.zel("convert", "p.png", "o.tif", "--model", "palette").err,
+                         "zel: o.tif: alpha was dropped\n")
+        self.assertEqual(self.zel("convert", "in.pam", "o.tif", "--model", "palette").err,
+                         "zel: o.tif: alpha was dropped\n")
+
     def test_palette_on_demand(self):
         reduced = ": colours reduced to a palette of 256\n"
         for name, reader in (("p.png", ["pngtopam"]), ("p.bmp", ["bmptopnm", "-quiet"]),

@@ -80,6 +80,9 @@ Palette::Palette(const zelColormap& map)
     if (colors.empty()) {
         colors.push_back({0, 0, 0, 0});
     }
+    alpha = alpha && std::any_of(colors.begin(), colors.end(), [this](const Color& color) {
+                return color.alpha != fullRange(type).high;
+            });
 }
 
 Color Palette::color(double index) const {

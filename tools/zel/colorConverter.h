@@ -40,7 +40,7 @@ public:
 
     /// The type that the colours need: that of the map, or unsigned char if 8 bits say it all.
     zelDataType colorType() const { return type; }
-    /// Whether the colours have an alpha of their own.
+    /// Whether some colour is not opaque.
     bool hasAlpha() const { return alpha; }
     /// The colour of an index, in numbers of `colorType`; an index beyond the ends has that of the
     /// nearest end.

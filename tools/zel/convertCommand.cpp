@@ -129,8 +129,8 @@ Command addConvertCommand(CLI::App& app) {
                         "Channel order: interleaved, sequential, separate");
     command->add_option("--orientation", words->orientation,
                         "Corner of the first pixel: upper-left, lower-left, left-upper, ... The "
-                        "pixels move, so that the picture stays. Default: as in IN where programs "
-                        "heed it (BMP, HDR, PNM, TGA, TIFF) or the format stays, else upright");
+                        "pixels move, so that the picture stays. Default: as in IN if OUT has the "
+                        "same format, else upright");
     command->add_option("--model", words->model,
                         "Colour model: luminance, RGB, RGBA, palette, negative, ...");
     command->add_option("--compression", words->compression,

@@ -53,7 +53,7 @@ public:
             append(source);
         } else {
             makeImage(source, options, format, shownName,
-                      [&](zelFileConfig& config) { return create(config); });
+                      [&](zelFileConfig& config) { return create(config, source); });
         }
         fill(source);
     }
@@ -66,7 +66,7 @@ public:
     }
 
 private:
-    zelStatus create(zelFileConfig& config) {
+    zelStatus create(zelFileConfig& config, const SourceImage& source) {
         ImageName temporary;
         temporary.file = safe.temporaryFile();
         temporary.arguments = name.arguments;
@@ -78,6 +78,13 @@ private:
         zelStatus status = zelOKAY;
         file.reset(
             zelFile::create(joinImageName(temporary).c_str(), nullptr, &config, &format, &status));
+        if (status == zelOKAY && mayLoseAlpha(config, source)) {
+            carryPalette(source);
+            if (!paletteHasAlpha()) {
+                file.reset();
+                return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
+            }
+        }
         if (status != zelOKAY || hasCompressionAskedFor()) {
             first = config;
             return status;
@@ -93,6 +100,9 @@ private:
     void append(const SourceImage& source) {
         try {
             makeImage(source, options, format, shownName, [&](zelFileConfig& config) {
+                if (mayLoseAlpha(config, source) && !palettesHoldAlpha) {
+                    return zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
+                }
                 const zelStatus status = file->appendImg(nullptr, &config);
                 if (status == zelOKAY && !hasCompressionAskedFor()) {
                     throw Failure{shownName, refusalText(format, config)};
@@ -114,6 +124,20 @@ private:
         return !options.compression || file->getCompression() == *options.compression;
     }
 
+    /// Whether the indexes of a palette with alpha could become colours with alpha.
+    bool mayLoseAlpha(const zelFileConfig& config, const SourceImage& source) const {
+        return config.getColorModel() == zelRGBPalette && source.palette && hasAlpha(source) &&
+               !options.model && format.colorModelIsSupported(zelRGBA);
+    }
+
+    /// Whether the colour map that was set last has been taken with its alpha.
+    bool paletteHasAlpha() {
+        const zelColormap* map = nullptr;
+        const bool has = file->getColormap(map) == zelOKAY && map && map->getNumChans() > 3;
+        palettesHoldAlpha = palettesHoldAlpha || has;
+        return has;
+    }
+
     void carryPalette(const SourceImage& source) {
         const zelColormap* map = nullptr;
         require(source.name, source.file.getColormap(map));
@@ -125,6 +149,7 @@ private:
         ReducedPalette palette = reduceColors(colors);
         const zelColormap map = palette.colormap();
         require(shownName, file->setColormap(&map));
+        dropsAlpha = dropsAlpha || (palette.hasTransparent && !paletteHasAlpha());
         reducesColors = reducesColors || !palette.exact;
         cutsAlpha = cutsAlpha || colors.hasPartialAlpha();
         return {std::move(palette), options.dithers};
@@ -156,6 +181,7 @@ private:
         std::optional<PaletteMapper> mapper;
         if (keeps) {
             carryPalette(source);
+            dropsAlpha = dropsAlpha || (hasAlpha(source) && !paletteHasAlpha());
         } else if (indexed) {
             mapper.emplace(makePalette(source, pixels));
         }
@@ -230,6 +256,7 @@ private:
     zelFileConfig first; ///< of the file's first image
     bool reducesColors = false;
     bool cutsAlpha = false;
+    bool palettesHoldAlpha = false; ///< as far as is known
     bool dropsAlpha = false;
     std::vector<std::string> lost; ///< what could not be carried
     std::vector<ValueMap> valueMaps;
@@ -274,6 +301,10 @@ void convertImage(const std::string& in, const std::string& out, const ConvertOp
         output.add(*source, imageName);
     }
     output.commit();
+    if (const int all = source->getNumImgs(); all > 1 && !options.allImages && inName.index < 0) {
+        printMessage(out, "this is the first of " + std::to_string(all) +
+                              " images; --all takes every one");
+    }
 }
 
 } // namespace zel::tool

@@ -15,9 +15,9 @@ using GetRange = zelStatus (zelFile::*)(double&, double&);
 using SetRange = zelStatus (zelFile::*)(double, double);
 
 // These stand for the statistics and the scale values, which are carried as numbers of the new
-// image.
-const std::vector<std::string> kRangeTags{"MinSampleValue", "MaxSampleValue", "SMinSampleValue",
-                                          "SMaxSampleValue"};
+// image; others tell how the pixels are stored, which is settled for the new file by itself.
+const std::vector<std::string> kSettledTags{"MinSampleValue",  "MaxSampleValue", "SMinSampleValue",
+                                            "SMaxSampleValue", "channels",       "compression"};
 
 // These are told along the rows and the columns of the file.
 const TagNames kAxisTags{{"XResolution", "YResolution"}, {"YResolution", "XResolution"}};
@@ -38,6 +38,24 @@ bool isWhole(const SourceImage& source) {
     std::iota(all.begin(), all.end(), 0);
     return source.channels == all &&
            source.region == zelTile3D<int>(0, 0, 0, size.x, size.y, size.z);
+}
+
+/// Tags that say no more than that the image is shown as it is.
+std::vector<std::string> emptyTags(const SourceImage& source) {
+    zelSize size;
+    source.file.getSize(size, zelUpperLeftOrigin);
+    const TagNames plain{{"displayWindowX", "0"},
+                         {"displayWindowY", "0"},
+                         {"displayWindowWidth", std::to_string(size.x)},
+                         {"displayWindowHeight", std::to_string(size.y)}};
+    std::vector<std::string> names;
+    for (const TagText& tag : readTags(source.file)) {
+        const auto found = plain.find(tag.name);
+        if (found != plain.end() && found->second == tag.text) {
+            names.push_back(tag.name);
+        }
+    }
+    return names;
 }
 
 /// What a profile tells colours from: grey, RGB or inks.
@@ -98,9 +116,11 @@ std::vector<std::string> carryMetadata(const SourceImage& source, zelFile& targe
              "statistics");
     }
     note(carryProfile(source, target), "ICC profile");
+    std::vector<std::string> except = emptyTags(source);
+    except.insert(except.end(), kSettledTags.begin(), kSettledTags.end());
     const bool transposed = isTransposed(source.file, target);
     for (const std::string& name :
-         copyTags(source.file, target, kRangeTags, transposed ? kAxisTags : TagNames{})) {
+         copyTags(source.file, target, except, transposed ? kAxisTags : TagNames{})) {
         lost.push_back("tag " + name);
     }
     return lost;

@@ -6,8 +6,6 @@
 #include <zel/zelTypeNames.h>
 
 #include <algorithm>
-#include <array>
-#include <string_view>
 
 namespace zel::tool {
 namespace {
@@ -117,19 +115,16 @@ bool isOfFormat(const SourceImage& source, const zelFormat& format) {
     return source.file.getFormat() == &format;
 }
 
-/// Upright, unless the target's format has a place for the orientation that every program heeds, or
-/// the picture is no worse off than it was. 0 leaves the choice to the library.
+/// As it was in the same format. In another it is upright, since many programs do not look for an
+/// orientation. 0 leaves the choice to the library.
 zelOrientation orientationFor(const SourceImage& source, const ConvertOptions& options,
                               zelFormat& format) {
     if (options.orientation) {
         return *options.orientation;
     }
-    constexpr std::array heeded{"BMP", "HDR", "PNM", "TGA", "TIFF"};
     const bool keeps =
-        isOfFormat(source, format) ||
-        std::find(heeded.begin(), heeded.end(), std::string_view(format.getName())) != heeded.end();
-    return keeps || !format.orientationIsSupported(zelUpperLeftOrigin) ? zelOrientation{}
-                                                                       : zelUpperLeftOrigin;
+        isOfFormat(source, format) || !format.orientationIsSupported(zelUpperLeftOrigin);
+    return keeps ? zelOrientation{} : zelUpperLeftOrigin;
 }
 
 std::vector<zelCompression> compressionChoices(const SourceImage& source,

@@ -239,7 +239,8 @@ std::vector<std::string> copyTags(zelFile& from, zelFile& to,
         const auto other = renamed.find(description.name);
         zelTagDescription* const target =
             findTag(to, other == renamed.end() ? description.name : other->second);
-        if (!target || copyTag(tag, description, *target, to) != zelOKAY) {
+        const bool copied = target && copyTag(tag, description, *target, to) == zelOKAY;
+        if (!copied && textOf(tag, description) != description.defaultValue) {
             lost.emplace_back(description.name);
         }
     }
