@@ -42,6 +42,12 @@ class Values(ToolTest):
         self.write("in.pgm", wide)
         self.zel("convert", "in.pgm", "out.pgm", "--type", "uchar")
         self.assertEqual(self.read("out.pgm"), command("pamdepth", "255", stdin=wide))
+        self.zel("convert", "in.pgm", "signed.tif", "--type", "i16")
+        self.zel("convert", "signed.tif", "again.pgm", "--type", "uchar")
+        self.assertEqual(self.read("again.pgm"), self.read("out.pgm"))
+        self.assertEqual(self.zel("convert", "in.pgm", "clamped.pgm", "--type", "uchar",
+                                  "--values", "clamp").err,
+                         "zel: clamped.pgm: 65280 values clamped to 0..255\n")
         self.zel("convert", "out.pgm", "out.pbm")
         bits = [int(v >= 128) for v in samples_of(self.read("out.pgm"))]
         self.zel("convert", "out.pbm", "out.pgm", "--type", "u8")

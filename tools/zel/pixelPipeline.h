@@ -46,6 +46,7 @@ public:
 
 private:
     void convertRun(const std::byte* in, std::byte* out, size_t pixels);
+    void fillTable();
 
     PixelLayout from;
     PixelLayout to;
@@ -56,6 +57,8 @@ private:
     bool roundsResult;
     std::vector<double> before;
     std::vector<double> after;
+    std::vector<std::byte> table; ///< what each sample of a small type becomes, by its bits
+    bool mayHaveTable;
 };
 
 } // namespace zel::tool

@@ -45,6 +45,9 @@ public:
     /// The input numbers that stand for black and white.
     ValueRange inputRange() const { return input; }
 
+    /// Whether `apply` had to bring numbers into the type's range.
+    bool hasClamped() const { return outside > 0; }
+
     /// Takes over the counts of a map between the same numbers; false if the other is none.
     bool join(const ValueMap& other);
 
