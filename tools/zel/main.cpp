@@ -6,6 +6,7 @@
 
 #include <zel/zelVersion.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -65,17 +66,35 @@ std::vector<std::string> reversedArguments(int argc, char** argv) {
     return arguments;
 }
 
-/// Names the commands if the first argument is meant as one and is none.
-std::string unknownCommandText(const std::map<std::string, Command>& commands,
-                               const std::string& word) {
-    if (word.starts_with('-') || commands.contains(word)) {
-        return {};
+struct CommandEntry {
+    const char* name;
+    Command (*add)(CLI::App&);
+};
+
+constexpr CommandEntry commandTable[] = {
+    {"formats", addFormatsCommand}, {"info", addInfoCommand},       {"convert", addConvertCommand},
+    {"stats", addStatsCommand},     {"compare", addCompareCommand}, {"tags", addTagsCommand},
+    {"checkdb", addCheckdbCommand},
+};
+
+/// Adds the command that the first argument names. An option may be answered by any of them, save
+/// for the version: the others would only lengthen the start.
+std::map<std::string, Command> addCommands(CLI::App& app, const std::string& word) {
+    std::map<std::string, Command> commands;
+    for (const auto& [name, add] : commandTable) {
+        if (word == name || (word.starts_with('-') && word != "--version")) {
+            commands[name] = add(app);
+        }
     }
+    return commands;
+}
+
+std::string unknownCommandText(const std::string& word) {
     std::vector<std::string> names;
-    names.reserve(commands.size());
-    for (const auto& [name, command] : commands) {
-        names.push_back(name);
+    for (const CommandEntry& entry : commandTable) {
+        names.emplace_back(entry.name);
     }
+    std::sort(names.begin(), names.end());
     return "there is no command \"" + word + "\"; the commands are " + joinWords(names);
 }
 
@@ -100,17 +119,10 @@ int run(int argc, char** argv) {
     app.require_subcommand(1);
     app.footer("A full image name is FILE[#FORMAT][:INDEX][%ARGUMENTS]; a doubled #, : or % stands "
                "for itself.");
-    std::map<std::string, Command> commands;
-    commands["formats"] = addFormatsCommand(app);
-    commands["info"] = addInfoCommand(app);
-    commands["convert"] = addConvertCommand(app);
-    commands["stats"] = addStatsCommand(app);
-    commands["compare"] = addCompareCommand(app);
-    commands["tags"] = addTagsCommand(app);
-    commands["checkdb"] = addCheckdbCommand(app);
-    if (const std::string text = unknownCommandText(commands, argc > 1 ? argv[1] : "-");
-        !text.empty()) {
-        printMessage("", text);
+    const std::string word = argc > 1 ? argv[1] : "-";
+    const std::map<std::string, Command> commands = addCommands(app, word);
+    if (commands.empty() && !word.starts_with('-')) {
+        printMessage("", unknownCommandText(word));
         return kMisused;
     }
     try {
