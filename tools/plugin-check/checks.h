@@ -29,6 +29,8 @@ void checkFailedOpens(const Subject& subject, Tally& tally);
 void checkTruncation(const Subject& subject, Tally& tally);
 void checkDamage(const Subject& subject, Tally& tally);
 
+/// Files through descriptors that the client opened.
+void checkClientDescriptors(const Subject& subject, Tally& tally);
 void checkDescriptors(const Subject& subject, Tally& tally);
 void checkMemory(const Subject& subject, Tally& tally);
 

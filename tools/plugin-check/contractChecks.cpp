@@ -8,6 +8,7 @@
 #include <zel/zelTypeNames.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <strings.h>
 
@@ -15,7 +16,10 @@ namespace zel::check {
 
 namespace {
 
-std::vector<std::string> suffixesOf(const zelFormat* format) {
+std::vector<std::string> suffixesOf(const Subject& subject) {
+    if (!subject.options.suffix.empty())
+        return {subject.options.suffix};
+    const zelFormat* const format = subject.format;
     std::vector<std::string> suffixes;
     zelDictionary* const entries = zelFormatDB::getDictionary();
     const auto* const entry = dynamic_cast<const zelFormatDB*>(
@@ -56,6 +60,32 @@ void requirePreferredPage(zelFormat* format, const zelSize& size, zelOrientation
             "the preferred page is not supported");
 }
 
+// Whether the format takes any page that is smaller than the image.
+bool takesSmallPages(zelFormat* format, const zelSize& size, zelOrientation orientation) {
+    const auto takes = [&](int x, int y) {
+        return std::ranges::any_of(std::array{size.c, 1}, [&](int c) {
+            return format->pageSizeIsSupported(size.x, size.y, size.z, size.c, x, y, 1, c,
+                                               orientation) != 0;
+        });
+    };
+    return std::ranges::any_of(std::array{1, 5, 16, 64, 256, 512}, [&](int extent) {
+        return takes(size.x, extent) || takes(extent, size.y) || takes(extent, extent);
+    });
+}
+
+void requirePageClaims(zelFormat* format, zelOrientation orientation) {
+    const zelSize size(3000, 2000, 1, 1);
+    const bool paging = format->pagingIsSupported() != 0;
+    require(takesSmallPages(format, size, orientation) == paging,
+            paging ? "supported, but no page smaller than the image is"
+                   : "not supported, but pages smaller than the image are");
+    for (const zelSize& page :
+         {zelSize(-1, 5, 1, 1), zelSize(5, -1, 1, 1), zelSize(5, 5, -1, 1), zelSize(5, 5, 1, -1)})
+        require(
+            !format->pageSizeIsSupported(5, 5, 1, 1, page.x, page.y, page.z, page.c, orientation),
+            "pages below 0 are supported");
+}
+
 void checkPages(const Subject& subject, Tally& tally) {
     zelFormat* const format = subject.format;
     for (const zelOrientation orientation : allOrientations()) {
@@ -70,6 +100,9 @@ void checkPages(const Subject& subject, Tally& tally) {
                                   requirePreferredPage(format, zelSize(w, h, 1, channels),
                                                        orientation);
                               });
+        if (format->sizeIsSupported(3000, 2000, 1, 1, orientation))
+            tally.run(std::string("paging, ") + zelOrientationName(orientation),
+                      [&] { requirePageClaims(format, orientation); });
         tally.run("sizes below 0", [&] {
             require(!format->sizeIsSupported(-1, 5, 1, 1, orientation) &&
                         !format->sizeIsSupported(5, -1, 1, 1, orientation) &&
@@ -145,7 +178,7 @@ void requireAllCreated(zelFormat* format, const std::vector<Kind>& kinds, Tally&
 void requireDefaults(const Subject& subject) {
     const zelSize size(7, 5, 0, 0);
     const zelFileConfig config(&size);
-    const std::string name = "image" + suffixesOf(subject.format).front();
+    const std::string name = "image" + suffixesOf(subject).front();
     zelStatus status = zelOKAY;
     OpenFile file(zelFile::create(name.c_str(), nullptr, &config, subject.format, &status));
     require(file != nullptr, statusText(status));
@@ -195,7 +228,7 @@ void checkCapabilities(const Subject& subject, Tally& tally, std::vector<Kind>& 
     tally.run("a preference that is not supported", [&] { requirePreferences(format); });
     checkPages(subject, tally);
     tally.run("a file of nothing but a size", [&] { requireDefaults(subject); });
-    const std::vector<std::string> suffixes = suffixesOf(format);
+    const std::vector<std::string> suffixes = suffixesOf(subject);
     std::vector<Kind> all = candidates(format);
     for (std::size_t i = 0; i < all.size(); i++)
         if (isTried(subject, all, i))

@@ -13,7 +13,6 @@ namespace zel::check {
 
 namespace {
 
-constexpr unsigned mostSeconds = 10;
 constexpr rlim_t mostBytes = rlim_t{512} << 20;
 constexpr int mostImages = 4;
 constexpr std::size_t longestSource = 4 << 20;
@@ -98,10 +97,11 @@ void requireNoticed(const Reading& cut, const Reading& whole) {
                 "other pixels are read without a failure (--open-ended permits it)");
 }
 
-std::vector<std::size_t> cutsOf(std::size_t length) {
-    constexpr std::size_t most = 64;
+// Every length of a short file, and 64 of a long one.
+std::vector<std::size_t> cutsOf(std::size_t length, bool quick) {
+    const std::size_t longestShort = quick ? 64 : 1024;
     std::vector<std::size_t> cuts;
-    const std::size_t count = std::min(length, most);
+    const std::size_t count = length <= longestShort ? length : 64;
     for (std::size_t i = 0; i < count; i++)
         cuts.push_back(i * length / count);
     // The places next to the end are those at which a file seems whole.
@@ -182,7 +182,7 @@ void checkTruncation(const Subject& subject, Tally& tally) {
             whole = readAll(subject, name);
             require(whole.good, "the whole file cannot be read");
         });
-        for (const std::size_t length : cutsOf(source.content.size()))
+        for (const std::size_t length : cutsOf(source.content.size(), subject.options.quick))
             tally.run(
                 source.title + ", cut to " + std::to_string(length) + " of " +
                     std::to_string(source.content.size()) + " bytes",
@@ -192,7 +192,7 @@ void checkTruncation(const Subject& subject, Tally& tally) {
                     if (!subject.options.openEnded)
                         requireNoticed(cut, whole);
                 },
-                mostSeconds);
+                subject.options.seconds);
     }
 }
 
@@ -212,7 +212,7 @@ void checkDamage(const Subject& subject, Tally& tally) {
                 writeFile(name, damaged(source.content, random));
                 readAll(subject, name);
             },
-            mostSeconds);
+            subject.options.seconds);
     }
     tally.note(std::to_string(sources.size()) + " files, seeds from " +
                std::to_string(subject.options.seed));

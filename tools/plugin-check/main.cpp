@@ -1,7 +1,6 @@
 // Puts a plug-in through what the library and its clients rely on, and prints what held.
 
-#include "checks.h"
-#include "child.h"
+#include "suite.h"
 #include "table.h"
 
 #include <zel/zelDatabase.h>
@@ -23,30 +22,6 @@ namespace {
 
 constexpr int notHeld = 1;
 constexpr int misused = 2;
-
-struct Check {
-    const char* name;
-    void (*run)(const Subject& subject, Tally& tally);
-};
-
-constexpr Check checks[] = {
-    {"round trip", checkRoundTrips},
-    {"pages in random order", checkPagesInRandomOrder},
-    {"parts of pages", checkPartsOfPages},
-    {"several images", checkSeveralImages},
-    {"read-only files", checkReadOnlyFiles},
-    {"given files", checkGivenFiles},
-    {"failed opens", checkFailedOpens},
-    {"truncation", checkTruncation},
-    {"damage", checkDamage},
-    {"descriptors", checkDescriptors},
-    {"memory", checkMemory},
-};
-
-struct Row {
-    std::string name;
-    Outcome outcome;
-};
 
 /// A new directory that goes with the object, as the working directory.
 class WorkingDirectory {
@@ -70,43 +45,10 @@ private:
     std::string path_;
 };
 
-Subject subjectOf(const Options& options, Shared& shared) {
-    watchReports();
-    return {options, zelFormat::findByFormatName(options.format.c_str(), 1),
-            std::span(shared.kinds, shared.kindCount)};
-}
-
-void explore(const Options& options, Shared& shared, Tally& tally) {
-    std::vector<Kind> kinds;
-    checkCapabilities(subjectOf(options, shared), tally, kinds);
-    shared.kindCount = std::min(kinds.size(), Shared::mostKinds);
-    std::copy_n(kinds.begin(), shared.kindCount, shared.kinds);
-}
-
-std::vector<Row> runChecks(const Options& options, Shared& shared) {
-    std::vector<Row> rows;
-    Tally tally(shared.outcome);
-    const auto add = [&](const char* name, const std::function<void()>& work) {
-        runInChild(shared, work);
-        rows.push_back({name, shared.outcome});
-    };
-    add("registration", [&] { checkRegistration(subjectOf(options, shared), tally); });
-    if (!shared.outcome.held())
-        return rows;
-    add("capabilities", [&] { explore(options, shared, tally); });
-    for (const Check& check : checks)
-        add(check.name, [&] { check.run(subjectOf(options, shared), tally); });
-    return rows;
-}
-
-const char* verdict(const Outcome& outcome) {
-    return !outcome.held() ? "FAIL" : outcome.applicable() ? "pass" : "n/a";
-}
-
 void printTable(const std::vector<Row>& rows) {
     tool::Table table({"CHECK", "RESULT", "CASES", "FAILED", "NOTE"});
     for (const Row& row : rows)
-        table.addRow({row.name, verdict(row.outcome), std::to_string(row.outcome.cases),
+        table.addRow({row.name, row.verdict(), std::to_string(row.outcome.cases),
                       std::to_string(row.outcome.failures), row.outcome.note});
     std::cout << table.text();
     for (const Row& row : rows)
@@ -118,7 +60,7 @@ void printJson(const Options& options, const std::vector<Row>& rows) {
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
     for (const Row& row : rows)
         list.push_back({{"check", row.name},
-                        {"result", verdict(row.outcome)},
+                        {"result", row.verdict()},
                         {"cases", row.outcome.cases},
                         {"failed", row.outcome.failures},
                         {"note", row.outcome.note},
@@ -148,8 +90,7 @@ int check(Options options) {
         printJson(options, rows);
     else
         printTable(rows);
-    const bool held = std::ranges::all_of(rows, [](const Row& row) { return row.outcome.held(); });
-    return held && std::cout.flush() ? 0 : notHeld;
+    return allHeld(rows) && std::cout.flush() ? 0 : notHeld;
 }
 
 int run(int argc, char** argv) {
@@ -167,6 +108,12 @@ int run(int argc, char** argv) {
                    "format arguments for the files that are made, as in NAME%ARGUMENTS");
     app.add_flag("--lossy", options.lossy, "pixels may come back changed a little");
     app.add_flag("--open-ended", options.openEnded, "a file does not show where it ends");
+    app.add_option("--suffix", options.suffix, "make files of this suffix alone, such as .pgm");
+    app.add_option("--check", options.only, "run this check alone; may be repeated")
+        ->check(CLI::IsMember(checkNames()));
+    app.add_option("--seconds", options.seconds, "how long a cut or damaged file may take")
+        ->capture_default_str()
+        ->check(CLI::PositiveNumber);
     app.add_flag("--quick", options.quick, "fewer combinations, sizes and damages");
     app.add_option("--seed", options.seed, "start of the random numbers")->capture_default_str();
     app.add_flag("--json", options.json, "print JSON");

@@ -48,6 +48,15 @@ std::size_t elementsOf(const zelSize& size) {
            static_cast<std::size_t>(size.z) * static_cast<std::size_t>(size.c);
 }
 
+// Whether the element belongs to a pixel that is to be like the one before it: runs of up to 16
+// pixels in two rows of three.
+bool isInRun(std::size_t element, const zelSize& size) {
+    const std::size_t pixel = element / static_cast<std::size_t>(size.c);
+    const std::size_t x = pixel % static_cast<std::size_t>(size.x);
+    const std::size_t y = pixel / static_cast<std::size_t>(size.x);
+    return x > 0 && y % 3 > 0 && x % 23 > 6 - y % 3;
+}
+
 std::size_t bytesOf(zelDataType type, std::size_t elements) {
     return type == zelBit ? (elements + 7) / 8 : elements * zelDataSize(type, 1);
 }
@@ -66,7 +75,8 @@ Picture Picture::noise(zelDataType type, const zelSize& size, unsigned seed) {
         const double scaled = isReal(type)     ? std::fmod(number, 65536) / 64 - 512
                               : type == zelBit ? std::fmod(number, 2)
                                                : std::fmod(number, span(type) + 1) + lowest(type);
-        picture.set(i, scaled);
+        picture.set(i,
+                    isInRun(i, size) ? picture.at(i - static_cast<std::size_t>(size.c)) : scaled);
     }
     return picture;
 }

@@ -19,7 +19,7 @@ public:
     /// All elements are 0. `size` is counted from the upper left.
     Picture(zelDataType type, const zelSize& size);
 
-    /// Any numbers, such that every float holds them.
+    /// Any numbers, such that every float holds them, with runs of equal pixels.
     static Picture noise(zelDataType type, const zelSize& size, unsigned seed);
     /// Numbers that rise evenly, by a different start for each channel: what a lossy compression
     /// keeps nearly. They tell all corners and the first four channels from each other.

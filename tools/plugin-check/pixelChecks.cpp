@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <optional>
 #include <zel/zelTypeNames.h>
 
 namespace zel::check {
@@ -49,9 +50,15 @@ void requireAttributes(const zelFile& file, const Kind& kind, const zelSize& siz
 
 void roundTrip(const Subject& subject, const Kind& kind, const zelSize& size, double& worst) {
     const auto page = size.y < 100 ? subject.smallPages(kind, size) : std::nullopt;
-    const Picture written = subject.make(kind, size, 7, page ? &*page : nullptr);
-    OpenFile file = subject.open(Subject::nameOf(kind));
+    const Picture written = subject.picture(kind, size, 7);
+    OpenFile file = subject.create(kind, size, page ? &*page : nullptr);
+    requireOkay(written.write(file.get(), wholeBox(size)), "writing");
+    if (subject.format->randomAccessWriteIsSupported())
+        requireImage(file.get(), written, subject.tolerance(kind), "before it is closed", &worst);
+    finish(std::move(file));
+    file = subject.open(Subject::nameOf(kind));
     requireIdentity(*file);
+    requireFilledAttributes(*file);
     requireAttributes(*file, kind, size);
     requireImage(file.get(), written, subject.tolerance(kind), "opened again", &worst);
     finish(std::move(file));
@@ -101,6 +108,13 @@ void readBoxes(zelFile* file, const Picture& whole, double tolerance,
     }
 }
 
+std::vector<Box> randomBoxes(const zelSize& size, int count, std::mt19937& random) {
+    std::vector<Box> boxes(static_cast<std::size_t>(count));
+    for (Box& box : boxes)
+        box = randomBox(size, random);
+    return boxes;
+}
+
 Picture makeByPages(const Subject& subject, const Kind& kind, const zelSize& size,
                     const zelSize* page, std::mt19937& random) {
     if (!subject.format->randomAccessWriteIsSupported())
@@ -125,11 +139,21 @@ void movePages(const Subject& subject, const Kind& kind, std::mt19937& random) {
     finish(std::move(file));
 }
 
-std::vector<Box> randomBoxes(const zelSize& size, int count, std::mt19937& random) {
-    std::vector<Box> boxes(static_cast<std::size_t>(count));
-    for (Box& box : boxes)
-        box = randomBox(size, random);
-    return boxes;
+// Small images may come back as one page, whatever pages they were made with.
+void readSeveralPages(const Subject& subject, const Kind& kind, std::mt19937& random) {
+    for (const zelSize& size : {severalPages(subject.format, kind), kind.sizeOf(1999, 1203)}) {
+        if (!takes(subject, kind, size))
+            continue;
+        const Picture written = subject.make(kind, size, 3);
+        OpenFile file = subject.open(Subject::nameOf(kind));
+        const std::vector<Box> pages = shuffledPages(file.get(), random);
+        if (pages.size() < 2)
+            continue;
+        readBoxes(file.get(), written, subject.tolerance(kind), pages);
+        readBoxes(file.get(), written, subject.tolerance(kind), randomBoxes(size, 8, random));
+        finish(std::move(file));
+        return;
+    }
 }
 
 // Only where pixels come back exactly: what is compressed again changes again.
@@ -144,6 +168,21 @@ void overwriteParts(const Subject& subject, const Kind& kind, Picture& whole, ze
         requireOkay(part.write(file, box), "writing " + boxText(box));
         whole.paste(part, box);
     }
+}
+
+// What was never written is 0: no file tells what was in memory.
+void leaveParts(const Subject& subject, const Kind& kind, std::mt19937& random) {
+    if (!subject.format->randomAccessWriteIsSupported() || !kind.exact)
+        return;
+    const zelSize size = kind.sizeOf(29, 34);
+    const auto page = subject.smallPages(kind, size);
+    Picture whole(kind.type, size);
+    OpenFile file = subject.create(kind, size, page ? &*page : nullptr);
+    overwriteParts(subject, kind, whole, file.get(), random);
+    finish(std::move(file));
+    file = subject.open(Subject::nameOf(kind));
+    requireImage(file.get(), whole, 0, "where parts were never written");
+    finish(std::move(file));
 }
 
 void moveParts(const Subject& subject, const Kind& kind, std::mt19937& random) {
@@ -219,6 +258,26 @@ bool carrySeveral(const Subject& subject, const Kind& kind) {
     return true;
 }
 
+// Reads the images whole and by random parts, and the first one again at the end.
+void readImages(zelFile* file, std::mt19937& random) {
+    std::optional<Picture> first;
+    const int images = std::min(file->getNumImgs(), 8);
+    for (int i = 0; i < images; i++) {
+        requireOkay(file->setCurrentImg(i), "going to image " + std::to_string(i));
+        requireFilledAttributes(*file);
+        if (elementsToRead(file) == 0)
+            continue;
+        Picture whole(file->getDataType(), uprightSize(file));
+        requireOkay(whole.read(file, wholeBox(whole.size())), "reading");
+        readBoxes(file, whole, 0, randomBoxes(whole.size(), 12, random));
+        if (i == 0)
+            first = std::move(whole);
+    }
+    requireOkay(file->setCurrentImg(0), "going back to image 0");
+    if (first)
+        requireImage(file, *first, 0, "of image 0 after the others");
+}
+
 void refuseWrites(const Subject& subject, zelFile* file) {
     const zelSize size = uprightSize(file);
     const zelStatus status = Picture(file->getDataType(), size).write(file, wholeBox(size));
@@ -257,6 +316,9 @@ void checkPagesInRandomOrder(const Subject& subject, Tally& tally) {
     const std::vector<Kind> few = subject.fewKinds();
     for (const Kind& kind : subject.options.quick ? std::span<const Kind>(few) : subject.kinds)
         tally.run(kind.text(), [&] { movePages(subject, kind, random); });
+    if (format->randomAccessReadIsSupported())
+        for (const Kind& kind : few)
+            tally.run(kind.text() + ", large", [&] { readSeveralPages(subject, kind, random); });
 }
 
 void checkPartsOfPages(const Subject& subject, Tally& tally) {
@@ -265,7 +327,10 @@ void checkPartsOfPages(const Subject& subject, Tally& tally) {
         return tally.note("no random access is claimed");
     std::mt19937 random(subject.options.seed);
     for (const Kind& kind : subject.someKinds())
-        tally.run(kind.text(), [&] { moveParts(subject, kind, random); });
+        tally.run(kind.text(), [&] {
+            moveParts(subject, kind, random);
+            leaveParts(subject, kind, random);
+        });
 }
 
 void checkSeveralImages(const Subject& subject, Tally& tally) {
@@ -296,11 +361,14 @@ void checkReadOnlyFiles(const Subject& subject, Tally& tally) {
     for (const Kind& kind : subject.someKinds())
         tally.run(kind.text(), [&] {
             const Picture written = subject.make(kind, kind.sizeOf(6, 3), 1);
-            const OpenFile file = subject.open(Subject::nameOf(kind));
+            const std::string content = readFile(Subject::nameOf(kind));
+            OpenFile file = subject.open(Subject::nameOf(kind));
             refuseWrites(subject, file.get());
             requireImage(file.get(), written, subject.tolerance(kind), "after a refused write");
             zelFileConfig config = kind.config(written.size());
             require(file->appendImg(nullptr, &config) != zelOKAY, "an image can be appended");
+            file.reset();
+            require(readFile(Subject::nameOf(kind)) == content, "the file has changed");
         });
 }
 
@@ -312,14 +380,7 @@ void checkGivenFiles(const Subject& subject, Tally& tally) {
         tally.run(name, [&] {
             OpenFile file = subject.open(quotedName(name));
             requireIdentity(*file);
-            for (int i = 0; i < std::min(file->getNumImgs(), 8); i++) {
-                requireOkay(file->setCurrentImg(i), "going to image " + std::to_string(i));
-                if (elementsToRead(file.get()) == 0)
-                    continue;
-                Picture whole(file->getDataType(), uprightSize(file.get()));
-                requireOkay(whole.read(file.get(), wholeBox(whole.size())), "reading");
-                readBoxes(file.get(), whole, 0, randomBoxes(whole.size(), 12, random));
-            }
+            readImages(file.get(), random);
             requireNoImageBeyond(file.get());
             finish(std::move(file));
         });

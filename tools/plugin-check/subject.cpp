@@ -2,7 +2,7 @@
 
 #include <zel/zelColormap.h>
 
-#include <cstring>
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 
@@ -58,11 +58,11 @@ double Subject::tolerance(const Kind& kind) const {
 }
 
 OpenFile Subject::tryCreate(const Kind& kind, const zelSize& size, const zelSize* page,
-                            zelStatus& status) const {
+                            zelStatus& status, int fd) const {
     const zelFileConfig config = kind.config(size, page);
     const std::string name =
         nameOf(kind) + (options.arguments.empty() ? "" : "%" + options.arguments);
-    OpenFile file(zelFile::create(name.c_str(), nullptr, &config, format, &status));
+    OpenFile file(zelFile::create(fd, name.c_str(), nullptr, &config, format, &status));
     if (file && kind.model == zelRGBPalette)
         setPalette(file.get());
     return file;
@@ -145,6 +145,19 @@ void requireImage(zelFile* file, const Picture& expected, double tolerance, cons
     requireOkay(read.read(file, wholeBox(read.size())), "reading " + when);
     const std::string difference = read.difference(expected, tolerance, worst);
     require(difference.empty(), "other pixels " + when + ": " + difference);
+}
+
+void requireFilledAttributes(const zelFile& file) {
+    const auto isOneOf = [](const auto& list, auto value) {
+        return std::ranges::find(list, value) != list.end();
+    };
+    require(isOneOf(allTypes(), file.getDataType()), "has no element type");
+    require(isOneOf(allOrders(), file.getOrder()), "has no order");
+    require(isOneOf(allOrientations(), file.getOrientation()), "has no orientation");
+    require(isOneOf(allModels(), file.getColorModel()), "has no colour model");
+    require(isOneOf(allCompressions(), file.getCompression()), "has no compression");
+    const int fixed = zelColorModelChans(file.getColorModel());
+    require(fixed == 0 || fixed == file.getCsize(), "has other channels than its colour model");
 }
 
 void requireIdentity(const zelFile& file) {

@@ -20,6 +20,9 @@ struct Options {
     std::string format;             ///< its name in the database
     std::vector<std::string> files; ///< of the format, absolute names
     std::string arguments;          ///< for the files that are made, without '%'
+    std::string suffix;             ///< of the files that are made; empty: those of the entry
+    std::vector<std::string> only;  ///< the checks to run; empty: all
+    unsigned seconds = 10;          ///< for a file that is cut or damaged
     bool lossy = false;             ///< pixels may come back changed a little
     bool openEnded = false;         ///< a file does not show where it ends
     bool quick = false;
@@ -62,7 +65,7 @@ struct Subject {
     OpenFile open(const std::string& name, int mode = 0) const;
     /// Null where there is no file. A palette gets a map of colours.
     OpenFile tryCreate(const Kind& kind, const zelSize& size, const zelSize* page,
-                       zelStatus& status) const;
+                       zelStatus& status, int fd = -1) const;
     /// The same as `open` with the format given; null where there is no file.
     OpenFile tryOpen(const std::string& name, zelStatus& status) const;
 
@@ -86,6 +89,8 @@ std::size_t elementsToRead(const zelFile* file);
 void requireImage(zelFile* file, const Picture& expected, double tolerance, const std::string& when,
                   double* worst = nullptr);
 
+/// Throws Failed if an attribute of the image has no value.
+void requireFilledAttributes(const zelFile& file);
 /// Throws Failed if the file's class does not know what it is.
 void requireIdentity(const zelFile& file);
 
