@@ -121,8 +121,9 @@ bool isAccepted(const Subject& subject, Kind& kind, const std::vector<std::strin
         zelStatus status = zelOKAY;
         OpenFile file = subject.tryCreate(kind, size, nullptr, status);
         // A format may take another compression for what does not suit the pixels, if it says so.
-        if (!file || file->getCompression() != kind.compression)
+        if (!file || (file->getCompression() != kind.compression && !subject.hasWishes()))
             continue;
+        kind.stated = file->getCompression();
         require(file->getDataType() == kind.type && file->getColorModel() == kind.model &&
                     file->getCsize() == kind.channels,
                 "the file that is created has another type or colour model");
@@ -227,7 +228,8 @@ void checkCapabilities(const Subject& subject, Tally& tally, std::vector<Kind>& 
     }
     tally.run("a preference that is not supported", [&] { requirePreferences(format); });
     checkPages(subject, tally);
-    tally.run("a file of nothing but a size", [&] { requireDefaults(subject); });
+    if (!subject.hasWishes())
+        tally.run("a file of nothing but a size", [&] { requireDefaults(subject); });
     const std::vector<std::string> suffixes = suffixesOf(subject);
     std::vector<Kind> all = candidates(format);
     for (std::size_t i = 0; i < all.size(); i++)
@@ -236,7 +238,8 @@ void checkCapabilities(const Subject& subject, Tally& tally, std::vector<Kind>& 
                 if (isAccepted(subject, all[i], suffixes))
                     kinds.push_back(all[i]);
             });
-    requireAllCreated(format, kinds, tally);
+    if (!subject.hasWishes())
+        requireAllCreated(format, kinds, tally);
     tally.note(std::to_string(kinds.size()) + " of " + std::to_string(all.size()) +
                " combinations can be created");
 }

@@ -63,7 +63,7 @@ std::vector<Kind> candidates(zelFormat* format) {
                     for (const zelOrientation orientation : orientations)
                         if (const int channels = channelsOf(model, format, orientation))
                             kinds.push_back({type, model, channels, compression, order, orientation,
-                                             "", false});
+                                             compression, "", false});
     return kinds;
 }
 

@@ -21,8 +21,9 @@ struct Kind {
     zelCompression compression;
     zelOrder order;
     zelOrientation orientation;
-    char suffix[16]; ///< of the file's name
-    bool exact;      ///< any pixels come back as they were
+    zelCompression stated; ///< what the file says that it has
+    char suffix[16];       ///< of the file's name
+    bool exact;            ///< any pixels come back as they were
 
     zelSize sizeOf(int width, int height, int depth = 1) const {
         return {width, height, depth, channels};

@@ -35,7 +35,7 @@ public:
     /// client with the handler of the library's choice would have ended there. A case that takes
     /// longer than `seconds` ends the process.
     template <typename Action>
-    void run(const std::string& title, const Action& action, unsigned seconds = 60) {
+    void run(const std::string& title, const Action& action, unsigned seconds = 180) {
         begin(title, seconds);
         try {
             action();

@@ -49,6 +49,10 @@ std::vector<Kind> Subject::fewKinds() const {
         kinds, [](const Kind& a, const Kind& b) { return a.type == b.type && a.model == b.model; });
 }
 
+std::vector<Kind> Subject::kindsByType() const {
+    return firstOfEach(kinds, [](const Kind& a, const Kind& b) { return a.type == b.type; });
+}
+
 Picture Subject::picture(const Kind& kind, const zelSize& size, unsigned seed) const {
     return kind.exact ? Picture::noise(kind.type, size, seed) : Picture::ramp(kind.type, size);
 }

@@ -43,12 +43,16 @@ struct Subject {
     /// What `create` accepted, once that is known. It stays the caller's.
     std::span<Kind> kinds;
 
+    /// Files of one form are made, which need not hold all that the format holds.
+    bool hasWishes() const { return !options.arguments.empty() || !options.suffix.empty(); }
     bool canWrite() const { return format->accessModeIsSupported(2) != 0; }
 
     /// One kind for each type, colour model and compression.
     std::vector<Kind> baseKinds() const;
     /// One kind for each type and colour model.
     std::vector<Kind> fewKinds() const;
+    /// One kind for each type.
+    std::vector<Kind> kindsByType() const;
     /// Few kinds if the program is to be quick, otherwise the base kinds.
     std::vector<Kind> someKinds() const { return options.quick ? fewKinds() : baseKinds(); }
 
