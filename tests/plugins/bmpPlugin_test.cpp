@@ -1,6 +1,5 @@
 #include "plugins/corpusSuite.h"
 #include "plugins/fileScene.h"
-#include "plugins/pluginSuite.h"
 
 #include <zel/zelColormap.h>
 
@@ -13,34 +12,6 @@ namespace zel::test {
 
 namespace {
 
-PluginTraits bmpTraits() {
-    PluginTraits traits;
-    traits.format = "BMP";
-    traits.randomAccessWrite = false;
-    Combo kind;
-    kind.suffix = ".bmp";
-    const auto add = [&](zelColorModel cm, int channels, const std::vector<zelDataType>& types) {
-        kind.colorModel = cm;
-        kind.channels = channels;
-        const std::vector<Combo> more =
-            makeCombos(kind, types, {zelInterleaved}, {zelUpperLeftOrigin, zelLowerLeftOrigin});
-        traits.combos.insert(traits.combos.end(), more.begin(), more.end());
-    };
-    add(zelLuminance, 1, {zelBit, zelUChar});
-    add(zelNegative, 1, {zelBit});
-    add(zelRGBPalette, 1, {zelBit, zelUChar});
-    add(zelRGB, 3, {zelUChar});
-    add(zelRGBA, 4, {zelUChar});
-    kind.colorModel = zelRGBPalette;
-    kind.channels = 1;
-    kind.orientation = zelLowerLeftOrigin;
-    kind.arguments = "%rle";
-    kind.statedCompression = zelUnknownCompression;
-    traits.combos.push_back(kind);
-    return traits;
-}
-
-INSTANTIATE_TEST_SUITE_P(Bmp, PluginSuite, testing::Values(bmpTraits()));
 INSTANTIATE_TEST_SUITE_P(Bmp, CorpusSuite, testing::Values(CorpusFolder{"bmp", {}, {}, true}));
 
 class Bmp : public FileScene {};

@@ -1,6 +1,5 @@
 #include "plugins/corpusSuite.h"
 #include "plugins/fileScene.h"
-#include "plugins/pluginSuite.h"
 
 #include <zel/zelFileConfig.h>
 #include <zel/zelFormat.h>
@@ -13,30 +12,6 @@ namespace zel::test {
 
 namespace {
 
-PluginTraits exrTraits() {
-    PluginTraits traits;
-    traits.format = "EXR";
-    traits.randomAccessWrite = false;
-    Combo kind;
-    kind.suffix = ".exr";
-    const auto add = [&](zelDataType type, zelColorModel cm, int channels,
-                         zelCompression compression, const char* arguments) {
-        kind.type = type;
-        kind.colorModel = cm;
-        kind.channels = channels;
-        kind.compression = compression;
-        kind.arguments = arguments;
-        traits.combos.push_back(kind);
-    };
-    add(zelFloat, zelLuminance, 1, zelNoCompression, "");
-    add(zelFloat, zelRGB, 3, zelZIP, "");
-    add(zelFloat, zelLuminanceAlpha, 2, zelZIP, "%zips");
-    add(zelUInt, zelRGBA, 4, zelZIP, "");
-    add(zelUInt, zelMultiSpectral, 12, zelNoCompression, "");
-    return traits;
-}
-
-INSTANTIATE_TEST_SUITE_P(Exr, PluginSuite, testing::Values(exrTraits()));
 INSTANTIATE_TEST_SUITE_P(Exr, CorpusSuite, testing::Values(CorpusFolder{"exr"}));
 
 class Exr : public FileScene {

@@ -1,9 +1,9 @@
-#include "plugins/pluginSuite.h"
-
 #include "plugins/pixels.h"
 #include "support/tempDir.h"
 
 #include <zel/zelFileConfig.h>
+
+#include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstdlib>
@@ -13,34 +13,6 @@
 namespace zel::test {
 
 namespace {
-
-PluginTraits fitsTraits() {
-    PluginTraits traits;
-    traits.format = "FITS";
-    Combo kind;
-    kind.suffix = ".fits";
-    kind.orientation = zelLowerLeftOrigin;
-    kind.order = zelSeparate;
-    kind.severalImages = true;
-    kind.noticesTruncation = false; // many files lack the filling of their last block
-    traits.combos =
-        makeCombos(kind, {zelUChar, zelChar, zelShort, zelUInt, zelInt, zelFloat, zelDouble},
-                   {zelSeparate}, {zelLowerLeftOrigin});
-    // These go through damage and large sizes too.
-    kind.statedOrientation = zelLowerLeftOrigin;
-    kind.type = zelUShort;
-    traits.combos.push_back(kind);
-    kind.colorModel = zelRGB;
-    kind.channels = 3;
-    traits.combos.push_back(kind);
-    kind.colorModel = zelMultiSpectral;
-    kind.channels = 5;
-    kind.type = zelFloat;
-    traits.combos.push_back(kind);
-    return traits;
-}
-
-INSTANTIATE_TEST_SUITE_P(Fits, PluginSuite, testing::Values(fitsTraits()));
 
 std::string card(std::string text) {
     text.resize(80, ' ');

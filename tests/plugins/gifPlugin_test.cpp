@@ -1,6 +1,5 @@
 #include "plugins/corpusSuite.h"
 #include "plugins/fileScene.h"
-#include "plugins/pluginSuite.h"
 
 #include <zel/zelColormap.h>
 
@@ -11,19 +10,6 @@ namespace zel::test {
 
 namespace {
 
-PluginTraits gifTraits() {
-    PluginTraits traits;
-    traits.format = "GIF";
-    traits.randomAccessWrite = false;
-    Combo kind;
-    kind.suffix = ".gif";
-    kind.compression = zelLZW;
-    kind.noticesTruncation = false; // the end mark may be missing
-    traits.combos = makeCombos(kind, {zelBit, zelUChar});
-    return traits;
-}
-
-INSTANTIATE_TEST_SUITE_P(Gif, PluginSuite, testing::Values(gifTraits()));
 INSTANTIATE_TEST_SUITE_P(Gif, CorpusSuite, testing::Values(CorpusFolder{"gif"}));
 
 class Gif : public FileScene {

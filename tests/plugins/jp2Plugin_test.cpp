@@ -1,6 +1,5 @@
 #include "plugins/corpusSuite.h"
 #include "plugins/fileScene.h"
-#include "plugins/pluginSuite.h"
 
 #include <zel/zelColormap.h>
 #include <zel/zelFileConfig.h>
@@ -13,33 +12,6 @@ namespace zel::test {
 
 namespace {
 
-PluginTraits jp2Traits() {
-    PluginTraits traits;
-    traits.format = "JP2";
-    traits.randomAccessWrite = false;
-    Combo kind;
-    kind.compression = zelUnknownCompression;
-    const auto add = [&](const char* suffix, zelDataType type, zelColorModel cm, int channels) {
-        kind.suffix = suffix;
-        kind.type = type;
-        kind.colorModel = cm;
-        kind.channels = channels;
-        // A bare codestream may lack its end marker, and nothing tells its length.
-        kind.noticesTruncation = std::strcmp(suffix, ".jp2") == 0;
-        traits.combos.push_back(kind);
-    };
-    add(".jp2", zelUChar, zelRGB, 3);
-    add(".jp2", zelUShort, zelLuminanceAlpha, 2);
-    add(".jp2", zelShort, zelLuminance, 1);
-    add(".jp2", zelBit, zelLuminance, 1);
-    add(".jp2", zelUChar, zelCMYK, 4);
-    add(".jp2", zelUShort, zelRGBA, 4);
-    add(".j2k", zelChar, zelLuminance, 1);
-    add(".j2k", zelUChar, zelMultiSpectral, 7);
-    return traits;
-}
-
-INSTANTIATE_TEST_SUITE_P(Jp2, PluginSuite, testing::Values(jp2Traits()));
 INSTANTIATE_TEST_SUITE_P(Jp2, CorpusSuite, testing::Values(CorpusFolder{"jp2"}));
 
 class Jp2 : public FileScene {

@@ -1,5 +1,4 @@
 #include "plugins/pixels.h"
-#include "plugins/pluginSuite.h"
 #include "support/childProcess.h"
 #include "support/tempDir.h"
 
@@ -22,59 +21,6 @@
 namespace zel::test {
 
 namespace {
-
-void add(std::vector<Combo>& to, std::vector<Combo> combos) {
-    to.insert(to.end(), combos.begin(), combos.end());
-}
-
-// Both orientations may be asked for; the file states the one that its format prescribes.
-PluginTraits pnmTraits() {
-    const std::vector<zelOrientation> both = {zelUpperLeftOrigin, zelLowerLeftOrigin};
-    const std::vector<zelDataType> integers = {zelBit, zelUChar, zelUShort};
-    PluginTraits traits;
-    traits.format = "PNM";
-    Combo kind;
-    kind.statedOrientation = zelUpperLeftOrigin;
-    const auto addKind = [&](const char* suffix, zelColorModel cm, int channels,
-                             const std::vector<zelDataType>& types) {
-        kind.suffix = suffix;
-        kind.colorModel = cm;
-        kind.channels = channels;
-        kind.arguments = "";
-        kind.noticesTruncation = true;
-        kind.severalImages = true;
-        add(traits.combos, makeCombos(kind, types, {zelInterleaved}, both));
-        if (kind.suffix == ".pam")
-            return;
-        kind.arguments = "%plain";
-        kind.noticesTruncation = false;
-        kind.severalImages = false;
-        add(traits.combos, makeCombos(kind, types, {zelInterleaved}, both));
-    };
-    addKind(".pbm", zelNegative, 1, {zelBit});
-    addKind(".pgm", zelLuminance, 1, integers);
-    addKind(".ppm", zelRGB, 3, integers);
-    addKind(".pam", zelLuminance, 1, integers);
-    addKind(".pam", zelLuminanceAlpha, 2, integers);
-    addKind(".pam", zelRGB, 3, {zelUChar});
-    addKind(".pam", zelRGBA, 4, integers);
-    addKind(".pam", zelCMYK, 4, {zelUChar});
-    addKind(".pam", zelMultiSpectral, 3, {zelUShort});
-    addKind(".pam", zelMultiSpectral, 7, {zelUChar});
-    kind.arguments = "";
-    kind.noticesTruncation = true;
-    kind.severalImages = false;
-    kind.statedOrientation = zelLowerLeftOrigin;
-    for (const auto& [cm, channels] : {std::pair(zelLuminance, 1), std::pair(zelRGB, 3)}) {
-        kind.suffix = ".pfm";
-        kind.colorModel = cm;
-        kind.channels = channels;
-        add(traits.combos, makeCombos(kind, {zelFloat}, {zelInterleaved}, both));
-    }
-    return traits;
-}
-
-INSTANTIATE_TEST_SUITE_P(Pnm, PluginSuite, testing::Values(pnmTraits()));
 
 class Pnm : public testing::Test {
 protected:

@@ -1,15 +1,11 @@
 #include "plugins/corpusSuite.h"
 #include "plugins/fileScene.h"
-#include "plugins/pluginSuite.h"
 
 #include <zel/zelColormap.h>
 
 namespace zel::test {
 
 namespace {
-
-const std::vector<zelOrientation> origins = {zelUpperLeftOrigin, zelUpperRightOrigin,
-                                             zelLowerRightOrigin, zelLowerLeftOrigin};
 
 // Numbers of which many neighbours are equal, so that there are runs of all lengths.
 void makeRuns(Pixels& pixels) {
@@ -20,32 +16,6 @@ void makeRuns(Pixels& pixels) {
                     pixels.set(x, y, c, pixels.at(x - 1, y, c));
 }
 
-PluginTraits tgaTraits() {
-    PluginTraits traits;
-    traits.format = "TGA";
-    traits.randomAccessWrite = false;
-    Combo kind;
-    kind.suffix = ".tga";
-    const auto add = [&](zelColorModel cm, int channels, bool runs) {
-        kind.colorModel = cm;
-        kind.channels = channels;
-        kind.arguments = runs ? "%rle" : "";
-        kind.statedCompression = runs ? zelUnknownCompression : zelNoCompression;
-        kind.adapt = runs ? makeRuns : nullptr;
-        const std::vector<Combo> more = makeCombos(kind, {zelUChar}, {zelInterleaved}, origins);
-        traits.combos.insert(traits.combos.end(), more.begin(), more.end());
-    };
-    for (const bool runs : {false, true}) {
-        add(zelRGB, 3, runs);
-        add(zelLuminance, 1, runs);
-        add(zelLuminanceAlpha, 2, runs);
-        add(zelRGBPalette, 1, runs);
-        add(zelRGBA, 4, runs);
-    }
-    return traits;
-}
-
-INSTANTIATE_TEST_SUITE_P(Tga, PluginSuite, testing::Values(tgaTraits()));
 INSTANTIATE_TEST_SUITE_P(Tga, CorpusSuite, testing::Values(CorpusFolder{"tga", {}, {}, true}));
 
 class Tga : public FileScene {};

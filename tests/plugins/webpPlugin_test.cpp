@@ -1,6 +1,5 @@
 #include "plugins/corpusSuite.h"
 #include "plugins/fileScene.h"
-#include "plugins/pluginSuite.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,27 +8,6 @@ namespace zel::test {
 
 namespace {
 
-PluginTraits webpTraits() {
-    PluginTraits traits;
-    traits.format = "WEBP";
-    traits.randomAccessWrite = false;
-    Combo kind;
-    kind.suffix = ".webp";
-    kind.compression = zelZIP;
-    kind.colorModel = zelRGB;
-    kind.channels = 3;
-    for (int orientation = zelUpperLeftOrigin; orientation <= zelLeftLowerOrigin; orientation++) {
-        kind.orientation = zelOrientation(orientation);
-        traits.combos.push_back(kind);
-    }
-    kind.orientation = zelUpperLeftOrigin;
-    kind.colorModel = zelRGBA;
-    kind.channels = 4;
-    traits.combos.push_back(kind);
-    return traits;
-}
-
-INSTANTIATE_TEST_SUITE_P(Webp, PluginSuite, testing::Values(webpTraits()));
 INSTANTIATE_TEST_SUITE_P(Webp, CorpusSuite, testing::Values(CorpusFolder{"webp"}));
 
 class Webp : public FileScene {

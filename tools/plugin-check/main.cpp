@@ -110,6 +110,7 @@ int run(int argc, char** argv) {
     app.add_flag("--open-ended", options.openEnded, "a file does not show where it ends");
     app.add_option("--suffix", options.suffix, "make files of this suffix alone, such as .pgm");
     app.add_option("--check", options.only, "run this check alone; may be repeated")
+        ->allow_extra_args(false)
         ->check(CLI::IsMember(checkNames()));
     app.add_option("--seconds", options.seconds, "how long a cut or damaged file may take")
         ->capture_default_str()
