@@ -42,7 +42,7 @@ opj_cparameters_t parametersOf(const EncoderSettings& settings) {
     const bool fewBits = settings.bits <= 4;
     parameters.tcp_mct = settings.colorTransform && !fewBits;
     parameters.tile_size_on = OPJ_TRUE;
-    parameters.cp_tdx = settings.width;
+    parameters.cp_tdx = std::min(settings.tileWidth, settings.width);
     parameters.cp_tdy = std::min(settings.tileHeight, settings.height);
     // Each level of resolution halves the tile.
     const auto shorter = static_cast<unsigned>(std::min(parameters.cp_tdx, parameters.cp_tdy));

@@ -8,11 +8,12 @@
 
 namespace zeljp2 {
 
-/// What a new codestream holds. Tiles are as wide as the image.
+/// What a new codestream holds.
 struct EncoderSettings {
     int width = 0;
     int height = 0;
     int channels = 1;
+    int tileWidth = 0;
     int tileHeight = 0;
     int bits = 8; ///< of a sample, up to 16
     bool isSigned = false;

@@ -8,7 +8,6 @@
 #include <zel/zelBitArray.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <climits>
 #include <cmath>
 #include <cstring>
@@ -34,26 +33,6 @@ int bitsOf(zelDataType type) {
     if (type == zelBit)
         return 1;
     return type & (zelUChar | zelChar) ? 8 : type & (zelUShort | zelShort) ? 16 : 32;
-}
-
-// Interleaved elements to one channel behind the other. The full range of unsigned elements is
-// mapped to that of fewer bits, rounded to nearest.
-template <typename Element, typename Sample>
-void gatherPlanes(const std::uint8_t* rows, std::size_t pixels, std::size_t channels, int bits,
-                  std::uint8_t* planes) {
-    constexpr std::uint32_t range = std::numeric_limits<Element>::max();
-    const std::uint32_t most = (std::uint32_t{1} << bits) - 1;
-    for (std::size_t channel = 0; channel < channels; channel++) {
-        const std::uint8_t* from = rows + channel * sizeof(Element);
-        for (std::size_t i = 0; i < pixels; i++, from += channels * sizeof(Element)) {
-            Element element;
-            std::memcpy(&element, from, sizeof element);
-            const auto sample =
-                static_cast<Sample>(most < range ? (element * most + range / 2) / range : element);
-            std::memcpy(planes, &sample, sizeof sample);
-            planes += sizeof sample;
-        }
-    }
 }
 
 constexpr std::int64_t fewTiles = 256;
@@ -280,8 +259,9 @@ bool Jp2File::describeNewFile() {
     storedBits_ = bitsOf(dtype);
     if (bits_ > 0 && (dtype & (zelUChar | zelUShort)))
         storedBits_ = std::min(bits_, storedBits_);
-    const auto tileBytes = zelkit::checkedProduct({size.x, pageSize.y, size.c, 2});
-    const auto tiles = (std::int64_t{size.y} + pageSize.y - 1) / pageSize.y;
+    const auto tileBytes = zelkit::checkedProduct({pageSize.x, pageSize.y, size.c, 2});
+    const std::int64_t tiles = (std::int64_t{size.x} + pageSize.x - 1) / pageSize.x *
+                               ((std::int64_t{size.y} + pageSize.y - 1) / pageSize.y);
     return (channels == 0 || channels == size.c) && (dtype != zelBit || size.c == 1) && tileBytes &&
            *tileBytes <= INT_MAX && tiles <= mostTiles;
 }
@@ -336,6 +316,7 @@ zelStatus Jp2File::startEncoding() {
     settings.width = size.x;
     settings.height = size.y;
     settings.channels = size.c;
+    settings.tileWidth = pageSize.x;
     settings.tileHeight = pageSize.y;
     settings.bits = storedBits_;
     settings.isSigned = wanted.isSigned;
@@ -345,27 +326,49 @@ zelStatus Jp2File::startEncoding() {
     return encoder_->start(settings);
 }
 
-// A band is a tile.
-zelStatus Jp2File::encodeRows(const std::uint8_t* rows, int count) {
+// Interleaved elements to one channel behind the other. The full range of unsigned elements is
+// mapped to that of fewer bits, rounded to nearest.
+template <typename Element, typename Sample>
+void Jp2File::gatherPlanes(const std::uint8_t* elements, int nx, int ny) {
+    constexpr std::uint32_t range = std::numeric_limits<Element>::max();
+    const std::uint32_t most = (std::uint32_t{1} << storedBits_) - 1;
     const auto channels = static_cast<std::size_t>(size.c);
-    const std::size_t pixels = static_cast<std::size_t>(size.x) * static_cast<std::size_t>(count);
-    const std::size_t bytes = pixels * channels * (storedBits_ > 8 ? 2 : 1);
-    if (planes_.size() < bytes && !planes_.allocate(bytes))
-        return zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
-    std::uint8_t* const planes = planes_.data();
-    if (dtype == zelBit)
-        for (std::size_t i = 0; i < pixels; i++) {
-            const std::size_t row = i / static_cast<std::size_t>(size.x);
-            planes[i] = static_cast<std::uint8_t>(
-                zelkit::getBit(rows + row * rowBytes(), static_cast<std::int64_t>(i) % size.x));
+    const std::size_t row = static_cast<std::size_t>(pageSize.x) * channels * sizeof(Element);
+    std::uint8_t* planes = planes_.data();
+    for (std::size_t channel = 0; channel < channels; channel++)
+        for (int y = 0; y < ny; y++) {
+            const std::uint8_t* from =
+                elements + static_cast<std::size_t>(y) * row + channel * sizeof(Element);
+            for (int x = 0; x < nx; x++, from += channels * sizeof(Element)) {
+                Element element;
+                std::memcpy(&element, from, sizeof element);
+                const auto sample = static_cast<Sample>(
+                    most < range ? (element * most + range / 2) / range : element);
+                std::memcpy(planes, &sample, sizeof sample);
+                planes += sizeof sample;
+            }
         }
-    else if (bitsOf(dtype) == 8)
-        gatherPlanes<std::uint8_t, std::uint8_t>(rows, pixels, channels, storedBits_, planes);
-    else if (storedBits_ > 8)
-        gatherPlanes<std::uint16_t, std::uint16_t>(rows, pixels, channels, storedBits_, planes);
-    else
-        gatherPlanes<std::uint16_t, std::uint8_t>(rows, pixels, channels, storedBits_, planes);
-    return encoder_->writeTile({planes, bytes});
+}
+
+// A page is a tile.
+zelStatus Jp2File::encodePage(const std::uint8_t* elements, int, int, int nx, int ny) {
+    const std::size_t bytes = static_cast<std::size_t>(nx) * static_cast<std::size_t>(ny) *
+                              static_cast<std::size_t>(size.c) * (storedBits_ > 8 ? 2 : 1);
+    if (planes_.size() < bytes && !planes_.allocate(bytes))
+        return zelkit::noMemory();
+    if (dtype == zelBit) {
+        const std::int64_t row = (std::int64_t{pageSize.x} + 7) / 8 * 8;
+        for (std::int64_t i = 0; i < std::int64_t{nx} * ny; i++)
+            planes_.data()[i] =
+                static_cast<std::uint8_t>(zelkit::getBit(elements, i / nx * row + i % nx));
+    } else if (bitsOf(dtype) == 8) {
+        gatherPlanes<std::uint8_t, std::uint8_t>(elements, nx, ny);
+    } else if (storedBits_ > 8) {
+        gatherPlanes<std::uint16_t, std::uint16_t>(elements, nx, ny);
+    } else {
+        gatherPlanes<std::uint16_t, std::uint8_t>(elements, nx, ny);
+    }
+    return encoder_->writeTile({planes_.data(), bytes});
 }
 
 zelStatus Jp2File::finishEncoding() {

@@ -15,8 +15,8 @@
 
 namespace zeljp2 {
 
-/// A JP2 file or a bare codestream. New files are written in tiles as wide as the image, in rising
-/// order; existing ones are read in any order, by tiles if they have several.
+/// A JP2 file or a bare codestream. The pages of new files are tiles, written in rising order;
+/// existing ones are read in any order, by tiles if they have several.
 class Jp2File final : public zelkit::FileClass<Jp2File, zelkit::ScanlineFile> {
 public:
     static constexpr char className[] = "zeljp2::Jp2File";
@@ -33,7 +33,7 @@ protected:
     zelStatus startDecoding() override;
     zelStatus decodeRows(std::uint8_t* rows, int count) override;
     zelStatus startEncoding() override;
-    zelStatus encodeRows(const std::uint8_t* rows, int count) override;
+    zelStatus encodePage(const std::uint8_t* elements, int x, int y, int nx, int ny) override;
     zelStatus finishEncoding() override;
     bool carriesIccProfile() const override;
 
@@ -67,6 +67,9 @@ private:
     bool isNew_ = false;
     bool bare_ = false;
     std::int64_t headerBytes_ = 0;
+    template <typename Element, typename Sample>
+    void gatherPlanes(const std::uint8_t* elements, int nx, int ny);
+
     int storedBits_ = 8; ///< of a sample
     zelkit::Buffer planes_;
     int quality_ = 0; ///< the format arguments

@@ -33,17 +33,22 @@ constexpr std::int64_t preferredTileSamples = 4 << 20;
 constexpr int leastTileRows = 128;
 // The codec's lossy transform spoils low tiles that begin at an odd place of some resolution, of
 // which there are six.
-constexpr int tileRowsUnit = 64;
+constexpr int tileUnit = 64;
+constexpr int leastTileColumns = 256;
 
 class Jp2Format : public zelkit::TableFormat {
 public:
     using TableFormat::TableFormat;
 
-    // A page becomes a tile, and low tiles are compressed badly. Sources with low bands are many.
+    // A page becomes a tile, and small tiles are compressed badly.
     int pageSizeIsSupported(int x, int y, int z, int c, int pageX, int pageY, int pageZ, int pageC,
                             zelOrientation at) override {
-        return (pageY == y || pageY % tileRowsUnit == 0) &&
-               TableFormat::pageSizeIsSupported(x, y, z, c, pageX, pageY, pageZ, pageC, at);
+        const auto fits = [](int page, int extent, int least) {
+            return page == extent || (page >= least && page % tileUnit == 0);
+        };
+        return fits(pageX, x, leastTileColumns) && fits(pageY, y, tileUnit) &&
+               TableFormat::pageSizeIsSupported(std::min(x, pageX), y, z, c, pageX, pageY, pageZ,
+                                                pageC, at);
     }
     void getPreferredPageSize(int x, int y, int /*z*/, int c, int& pageX, int& pageY, int& pageZ,
                               int& pageC, zelOrientation) override {
