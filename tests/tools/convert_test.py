@@ -1,6 +1,7 @@
 """Pixels that come out of `zel convert`, against other programs and plain arithmetic."""
 import json
 import os
+import random
 import resource
 import unittest
 
@@ -98,6 +99,23 @@ class Values(ToolTest):
         self.assertEqual(self.zel("convert", "in.pgm", "o.tif").err, "")
         self.assertEqual(self.zel("convert", "in.pgm", "o.tif", "--type", "i32", "--values",
                                   "clamp").err, "")
+
+
+class Packing(ToolTest):
+    def test_png_of_each_filter_and_level_is_read_by_netpbm(self):
+        # Rows of waves and of noise, of more bytes than deflate keeps in sight.
+        generator = random.Random(3)
+        rows = [[(x * y // 7 + 40 * c) % 256 if y % 50 < 35 else generator.randrange(256)
+                 for x in range(240) for c in range(3)] for y in range(300)]
+        self.write("in.ppm", pgm(240, 300, [v for row in rows for v in row]))
+        self.zel("convert", "in.ppm", "wide.ppm", "--type", "ushort")
+        for source in ("in.ppm", "wide.ppm"):
+            for filter_name in ("none", "sub", "up", "average", "paeth", "all"):
+                for level in (0, 1, 6, 9):
+                    arguments = "%%filter=%s%%level=%d" % (filter_name, level)
+                    self.zel("convert", source, "out.png" + arguments)
+                    self.assertTrue(command("pngtopnm", "out.png") == self.read(source),
+                                    (source, arguments))
 
 
 class Colour(ToolTest):
