@@ -25,14 +25,6 @@ std::vector<std::uint8_t> standardColors() {
 
 // Reading
 
-void BmpFile::showResolution() {
-    if (header_.xPerMeter <= 0 || header_.yPerMeter <= 0)
-        return;
-    fields.set(zelkit::exifXResolution, header_.xPerMeter / 100.0);
-    fields.set(zelkit::exifYResolution, header_.yPerMeter / 100.0);
-    fields.set(zelkit::exifResolutionUnit, double{zelkit::resolutionPerCentimeter});
-}
-
 void BmpFile::readOptions() {
     static constexpr zelNameDesc bits[] = {{"4", 4}, {"8", 8}, {nullptr, 0}};
     const zelkit::Argument arguments[] = {{"rle", &rle_}, {"bits", &bits_, 4, 8, bits}};
@@ -58,7 +50,7 @@ zelStatus BmpFile::openFile() {
     dtype = header_.bits == 1 ? zelBit : zelUChar;
     order = zelInterleaved;
     orientation = header_.topDown ? zelUpperLeftOrigin : zelLowerLeftOrigin;
-    showResolution();
+    zelkit::setResolution(fields, header_.resolution);
     compression = header_.runLengths ? zelUnknownCompression : zelNoCompression;
     if (cm == zelRGBPalette) {
         palette = zelkit::makePalette(header_.colors, 3);
@@ -176,24 +168,8 @@ zelStatus BmpFile::setColormap(const zelColormap* colormap) {
     return palette ? zelOKAY : zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
 }
 
-void BmpFile::storeResolution() {
-    const auto unit =
-        std::lround(fields.numberOr(zelkit::exifResolutionUnit, zelkit::resolutionPerInch));
-    const double x = fields.numberOr(zelkit::exifXResolution, 0);
-    const double y = fields.numberOr(zelkit::exifYResolution, x);
-    const auto perMeter = [unit](double number) {
-        const double factor = unit == zelkit::resolutionPerInch         ? 1 / 0.0254
-                              : unit == zelkit::resolutionPerCentimeter ? 100
-                                                                        : 0;
-        // Not a number counts as 0.
-        return static_cast<int>(number > 0 ? std::min(number * factor + 0.5, 2147483647.0) : 0);
-    };
-    header_.xPerMeter = perMeter(x);
-    header_.yPerMeter = perMeter(y);
-}
-
 zelStatus BmpFile::startEncoding() {
-    storeResolution();
+    header_.resolution = zelkit::resolutionOf(fields);
     if (palette)
         for (std::size_t i = 0; i < header_.colors.size(); i++)
             header_.colors[i] =

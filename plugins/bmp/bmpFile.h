@@ -42,8 +42,6 @@ private:
     zelStatus writeHeader();
     zelStatus encodeRunLengths(const std::uint8_t* rows, int count);
     void encodeRow(const std::uint8_t* elements, std::uint8_t* stored) const;
-    void showResolution();
-    void storeResolution();
     void decodeRow(const std::uint8_t* stored, std::uint8_t* elements) const;
 
     Header header_;

@@ -98,8 +98,8 @@ zelStatus readSizes(const Raw& raw, unsigned length, Header& header) {
         const auto height = static_cast<int>(get32(&raw[22]));
         header.bits = static_cast<int>(get16(&raw[28]));
         header.topDown = height < 0;
-        header.xPerMeter = static_cast<int>(get32(&raw[38]));
-        header.yPerMeter = static_cast<int>(get32(&raw[42]));
+        header.resolution.x = static_cast<int>(get32(&raw[38]));
+        header.resolution.y = static_cast<int>(get32(&raw[42]));
         header.height = height == INT_MIN ? 0 : header.topDown ? -height : height;
     }
     return header.width > 0 && header.height > 0 ? zelOKAY : zelStatusEncode(zelCORRUPTED);
@@ -264,8 +264,8 @@ Bytes formatHeader(Header& header) {
     append(out, static_cast<std::uint32_t>(header.bits), 2);
     append(out, alpha ? bitFields : header.runLengths ? runLengths : uncompressed, 4);
     append(out, static_cast<std::uint32_t>(bytes), 4);
-    append(out, static_cast<std::uint32_t>(header.xPerMeter), 4);
-    append(out, static_cast<std::uint32_t>(header.yPerMeter), 4);
+    append(out, static_cast<std::uint32_t>(header.resolution.x), 4);
+    append(out, static_cast<std::uint32_t>(header.resolution.y), 4);
     append(out, entries, 4);
     append(out, 0, 4); // all entries are important
     if (length > infoHeader)

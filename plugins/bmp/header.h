@@ -2,6 +2,7 @@
 #define ZELBMP_HEADER_H
 
 #include "kit/packedPixels.h"
+#include "kit/resolution.h"
 
 #include <zel/zelColor.h>
 #include <zel/zelError.h>
@@ -24,8 +25,7 @@ struct Header {
     std::int64_t codedBytes = 0;    ///< of a new file's run lengths
     std::int64_t profileOffset = 0; ///< of an embedded ICC profile
     std::int64_t profileBytes = 0;  ///< 0: none
-    int xPerMeter = 0;              ///< pixels; 0: not stated
-    int yPerMeter = 0;
+    zelkit::PerMeter resolution;
 
     /// Of a row that is stored without run lengths.
     std::int64_t rowBytes() const;

@@ -3,6 +3,7 @@
 #include "kit/exif.h"
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -60,6 +61,24 @@ bool isAscii(const std::string& value) {
     return std::ranges::all_of(value, [](char c) { return static_cast<unsigned char>(c) < 128; });
 }
 
+// Whether all bytes beyond ASCII form characters of UTF-8. Texts from elsewhere may be in Latin-1.
+bool isUtf8(const std::string& value) {
+    int missing = 0;
+    for (const char c : value) {
+        const auto byte = static_cast<unsigned char>(c);
+        const bool goesOn = (byte & 0xc0) == 0x80;
+        if (goesOn != (missing > 0))
+            return false;
+        if (goesOn)
+            missing--;
+        else if (byte >= 0x80)
+            missing = byte >= 0xf0 ? 3 : byte >= 0xe0 ? 2 : 1;
+        if (byte > 0xf4)
+            return false;
+    }
+    return missing == 0;
+}
+
 std::string utf8OfLatin1(const std::string& latin) {
     std::string out;
     for (const char c : latin) {
@@ -108,13 +127,14 @@ void readResolution(png_structp png, png_infop info, Fields& fields) {
     int unit = PNG_RESOLUTION_UNKNOWN;
     if (!png_get_pHYs(png, info, &x, &y, &unit))
         return;
-    const bool metric = unit == PNG_RESOLUTION_METER;
-    const double perUnit = metric ? 0.01 : 1;
-    fields.set(zelkit::exifXResolution, x * perUnit);
-    fields.set(zelkit::exifYResolution, y * perUnit);
-    fields.set(
-        zelkit::exifResolutionUnit,
-        static_cast<double>(metric ? zelkit::resolutionPerCentimeter : zelkit::resolutionNone));
+    const int width = static_cast<int>(x), height = static_cast<int>(y);
+    if (unit == PNG_RESOLUTION_METER) {
+        zelkit::setResolution(fields, {width, height});
+    } else {
+        fields.set(zelkit::exifXResolution, double(width));
+        fields.set(zelkit::exifYResolution, double(height));
+        fields.set(zelkit::exifResolutionUnit, double{zelkit::resolutionNone});
+    }
 }
 
 void readPalette(png_structp png, png_infop info, Metadata& metadata) {
@@ -189,7 +209,7 @@ void ChunkSet::addText(const char* keyword, const std::string& value) {
     constexpr std::size_t worthDeflating = 1024;
     png_text entry = {};
     const bool deflated = value.size() > worthDeflating;
-    if (isAscii(value))
+    if (isAscii(value) || !isUtf8(value))
         entry.compression = deflated ? PNG_TEXT_COMPRESSION_zTXt : PNG_TEXT_COMPRESSION_NONE;
     else
         entry.compression = deflated ? PNG_ITXT_COMPRESSION_zTXt : PNG_ITXT_COMPRESSION_NONE;
@@ -208,16 +228,16 @@ void ChunkSet::addPalette() {
 }
 
 void ChunkSet::setResolution() {
-    const int unit = static_cast<int>(
-        from_.fields.numberOr(zelkit::exifResolutionUnit, zelkit::resolutionPerInch));
-    const double perMeter = unit == zelkit::resolutionPerInch         ? 1 / 0.0254
-                            : unit == zelkit::resolutionPerCentimeter ? 100
-                                                                      : 1;
-    const double x = from_.fields.numberOr(zelkit::exifXResolution, 0);
-    xPerMeter_ = std::round(x * perMeter);
-    yPerMeter_ = std::round(from_.fields.numberOr(zelkit::exifYResolution, x) * perMeter);
-    resolutionUnit_ =
-        unit == zelkit::resolutionNone ? PNG_RESOLUTION_UNKNOWN : PNG_RESOLUTION_METER;
+    const Fields& fields = from_.fields;
+    resolution_ = zelkit::resolutionOf(fields);
+    if (std::lround(fields.numberOr(zelkit::exifResolutionUnit, zelkit::resolutionPerInch)) !=
+        zelkit::resolutionNone)
+        return;
+    resolutionUnit_ = PNG_RESOLUTION_UNKNOWN;
+    const double x = fields.numberOr(zelkit::exifXResolution, 0);
+    const double y = fields.numberOr(zelkit::exifYResolution, x);
+    if (std::fabs(x) < INT_MAX && std::fabs(y) < INT_MAX)
+        resolution_ = {static_cast<int>(std::lround(x)), static_cast<int>(std::lround(y))};
 }
 
 void ChunkSet::store(png_structp png, png_infop info) {
@@ -227,10 +247,9 @@ void ChunkSet::store(png_structp png, png_infop info) {
         png_set_tRNS(png, info, alphas_.data(), static_cast<int>(alphas_.size()), nullptr);
     if (gamma_ > 0 && gamma_ < 21474)
         png_set_gAMA(png, info, gamma_);
-    const auto fits = [](double value) { return value >= 1 && value <= 2147483647; };
-    if (fits(xPerMeter_) && fits(yPerMeter_))
-        png_set_pHYs(png, info, static_cast<png_uint_32>(xPerMeter_),
-                     static_cast<png_uint_32>(yPerMeter_), resolutionUnit_);
+    if (resolution_.x > 0 && resolution_.y > 0)
+        png_set_pHYs(png, info, static_cast<png_uint_32>(resolution_.x),
+                     static_cast<png_uint_32>(resolution_.y), resolutionUnit_);
     if (!from_.iccProfile.empty())
         png_set_iCCP(png, info, "ICC profile", PNG_COMPRESSION_TYPE_BASE, from_.iccProfile.data(),
                      static_cast<png_uint_32>(from_.iccProfile.size()));

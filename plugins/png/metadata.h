@@ -2,6 +2,7 @@
 #define ZELPNG_METADATA_H
 
 #include "kit/fields.h"
+#include "kit/resolution.h"
 
 #include <cstdint>
 #include <png.h>
@@ -47,8 +48,8 @@ private:
     std::vector<png_byte> alphas_;
     std::vector<png_byte> exif_;
     double gamma_ = 0; ///< 0: none
-    double xPerMeter_ = 0, yPerMeter_ = 0;
-    int resolutionUnit_ = PNG_RESOLUTION_UNKNOWN;
+    zelkit::PerMeter resolution_;
+    int resolutionUnit_ = PNG_RESOLUTION_METER;
 };
 
 } // namespace zelpng

@@ -156,8 +156,11 @@ TEST_F(Bmp, TellsTheResolution) {
     file = open("a.bmp");
     ASSERT_NE(file, nullptr);
     float x = 0;
+    short unit = 0;
     EXPECT_EQ(file->getTag(282, &x), zelOKAY);
-    EXPECT_EQ(x, 118.11F);
+    EXPECT_EQ(x, 300);
+    EXPECT_EQ(file->getTag(296, &unit), zelOKAY);
+    EXPECT_EQ(unit, 2);
     EXPECT_EQ(file->close(0), zelOKAY);
 }
 

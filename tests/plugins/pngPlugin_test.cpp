@@ -160,6 +160,34 @@ TEST_F(PngExchange, ReadsMetadataBehindThePixels) {
     EXPECT_EQ(file->close(0), zelOKAY);
 }
 
+TEST_F(PngExchange, KeepsInchesAndLatinTexts) {
+    const zelSize size(4, 1, 1, 1);
+    zelFile* file = create("own.png", zelFileConfig(&size, zelUChar));
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(file->setTag(282, 300.0), zelOKAY);
+    EXPECT_EQ(file->setTag(283, 72.0), zelOKAY);
+    EXPECT_EQ(file->setTag(315, "M\xfcller"), zelOKAY);
+    EXPECT_EQ(file->setTag(270, "M\xc3\xbcller"), zelOKAY);
+    EXPECT_EQ(file->close(0), zelOKAY);
+    EXPECT_EQ(output("identify-im6.q16 -format '%[png:pHYs]' own.png"),
+              "x_res=11811, y_res=2835, units=1");
+    EXPECT_NE(content("own.png").find(std::string("tEXtAuthor\0M\xfcller", 17)), std::string::npos);
+    file = open("own.png");
+    ASSERT_NE(file, nullptr);
+    float x = 0, y = 0;
+    short unit = 0;
+    EXPECT_EQ(file->getTag(282, &x), zelOKAY);
+    EXPECT_EQ(file->getTag(283, &y), zelOKAY);
+    EXPECT_EQ(file->getTag(296, &unit), zelOKAY);
+    EXPECT_EQ(std::vector<float>({x, y, float(unit)}), std::vector<float>({300, 72, 2}));
+    for (const int tag : {315, 270}) {
+        char* text = nullptr;
+        EXPECT_EQ(file->getTag(tag, &text), zelOKAY);
+        EXPECT_STREQ(text, "M\xc3\xbcller");
+    }
+    EXPECT_EQ(file->close(0), zelOKAY);
+}
+
 TEST_F(PngExchange, RefusesIndexesWithoutColour) {
     const zelSize size(4, 1, 1, 1);
     for (const int last : {1, 2, 3}) {
