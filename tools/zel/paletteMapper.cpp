@@ -7,20 +7,34 @@
 namespace zel::tool {
 namespace {
 
-constexpr unsigned kCacheBits = 14;
-constexpr std::uint32_t kNoColor = 0xFFFFFFFF;
+// Cells of 8 x 8 x 8 colours have few candidates, and there are not many of them.
+constexpr unsigned kCellBits = 3;
+constexpr size_t kCellsAlong = 256 >> kCellBits;
+
+/// Squared distances of a palette entry from a cell.
+struct Reach {
+    int nearest;
+    int farthest;
+};
+
+Reach reachOf(const Rgb& entry, const Rgb& inside) {
+    Reach reach{};
+    for (size_t c = 0; c < 3; ++c) {
+        const int low = inside[c] >> kCellBits << kCellBits;
+        const int high = low + (1 << kCellBits) - 1;
+        const int near = std::clamp<int>(entry[c], low, high) - entry[c];
+        const int far = std::max(entry[c] - low, high - entry[c]);
+        reach.nearest += near * near;
+        reach.farthest += far * far;
+    }
+    return reach;
+}
 
 } // namespace
 
 PaletteMapper::PaletteMapper(ReducedPalette colors, bool dithering)
     : palette(std::move(colors)), dithers(dithering && !palette.exact),
-      found(size_t{1} << kCacheBits, {kNoColor, 0}), last(0, 0, 0, 0) {
-    for (const Rgb& color : palette.colors) {
-        for (size_t c = 0; c < 3; ++c) {
-            channels[c].push_back(color[c]);
-        }
-    }
-}
+      cells(kCellsAlong * kCellsAlong * kCellsAlong), last(0, 0, 0, 0) {}
 
 void PaletteMapper::map(const std::uint8_t* pixels, const zelTile2D<int>& block,
                         std::uint8_t* indexes) {
@@ -67,26 +81,43 @@ void PaletteMapper::mapRow(const std::uint8_t* pixels, std::uint8_t* indexes, si
 }
 
 std::uint8_t PaletteMapper::nearest(const Rgb& color) {
-    const std::uint32_t key =
-        std::uint32_t{color[0]} << 16 | std::uint32_t{color[1]} << 8 | color[2];
-    Found& place = found[(key * 0x9E3779B1u) >> (32 - kCacheBits)];
-    if (place.color != key) {
-        place = {key, search(color)};
+    const auto part = [&](size_t c) { return size_t{color[c]} >> kCellBits; };
+    Cell& cell = cells[(part(0) * kCellsAlong + part(1)) * kCellsAlong + part(2)];
+    if (cell.begin == cell.end) {
+        findCandidates(cell, color);
     }
-    return place.index;
+    int least = INT_MAX;
+    std::uint8_t found = 0;
+    for (std::uint32_t i = cell.begin; i < cell.end; ++i) {
+        const Rgb& entry = palette.colors[candidates[i]];
+        int distance = 0;
+        for (size_t c = 0; c < 3; ++c) {
+            distance += (entry[c] - color[c]) * (entry[c] - color[c]);
+        }
+        if (distance < least) {
+            least = distance;
+            found = candidates[i];
+        }
+    }
+    return found;
 }
 
-std::uint8_t PaletteMapper::search(const Rgb& color) const {
-    const size_t count = palette.colors.size();
-    std::array<int, 256> distances{};
-    for (size_t i = 0; i < count; ++i) {
-        const int red = channels[0][i] - color[0];
-        const int green = channels[1][i] - color[1];
-        const int blue = channels[2][i] - color[2];
-        distances[i] = red * red + green * green + blue * blue;
+// An entry whose nearest point of the cell is farther off than another entry's farthest is nearest
+// to no colour in it.
+void PaletteMapper::findCandidates(Cell& cell, const Rgb& inside) {
+    std::array<Reach, 256> reaches{};
+    int least = INT_MAX;
+    for (size_t i = 0; i < palette.colors.size(); ++i) {
+        reaches[i] = reachOf(palette.colors[i], inside);
+        least = std::min(least, reaches[i].farthest);
     }
-    const auto* const begin = distances.data();
-    return static_cast<std::uint8_t>(std::min_element(begin, begin + count) - begin);
+    cell.begin = static_cast<std::uint32_t>(candidates.size());
+    for (size_t i = 0; i < palette.colors.size(); ++i) {
+        if (reaches[i].nearest <= least) {
+            candidates.push_back(static_cast<std::uint8_t>(i));
+        }
+    }
+    cell.end = static_cast<std::uint32_t>(candidates.size());
 }
 
 } // namespace zel::tool

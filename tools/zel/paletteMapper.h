@@ -18,25 +18,25 @@ public:
     void map(const std::uint8_t* pixels, const zelTile2D<int>& block, std::uint8_t* indexes);
 
 private:
-    /// A nearest index that was found before.
-    struct Found {
-        std::uint32_t color;
-        std::uint8_t index;
+    /// A cube of colours, and where the indexes begin that are nearest to any of them.
+    struct Cell {
+        std::uint32_t begin = 0;
+        std::uint32_t end = 0; ///< equal to `begin` until the cell is needed
     };
     /// What neighbours owe a pixel, in sixteenths.
     using Debt = std::array<int, 3>;
 
     void mapRow(const std::uint8_t* pixels, std::uint8_t* indexes, size_t count);
     std::uint8_t nearest(const Rgb& color);
-    std::uint8_t search(const Rgb& color) const;
+    void findCandidates(Cell& cell, const Rgb& inside);
 
     ReducedPalette palette;
     bool dithers;
-    std::array<std::vector<int>, 3> channels; ///< the palette, by channels
-    std::vector<Found> found;
-    std::vector<Debt> debts; ///< of the row to map, with a place more at both ends
-    std::vector<Debt> below; ///< of the row behind it
-    zelTile2D<int> last;     ///< the block mapped last
+    std::vector<Cell> cells;
+    std::vector<std::uint8_t> candidates; ///< of all cells
+    std::vector<Debt> debts;              ///< of the row to map, with a place more at both ends
+    std::vector<Debt> below;              ///< of the row behind it
+    zelTile2D<int> last;                  ///< the block mapped last
 };
 
 } // namespace zel::tool
