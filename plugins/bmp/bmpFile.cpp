@@ -4,7 +4,6 @@
 #include "kit/palette.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
 
 namespace zelbmp {
@@ -160,22 +159,18 @@ zelStatus BmpFile::setColormap(const zelColormap* colormap) {
     const zelStatus status = ScanlineFile::setColormap(colormap);
     if (status != zelOKAY || palette->getNumChans() == 3)
         return status;
-    std::vector<std::uint8_t> colors;
-    for (int i = 0; i < palette->getLength(); i++)
-        for (int c = 0; c < 3; c++)
-            colors.push_back(zelkit::paletteByte(*palette, i, c));
-    palette = zelkit::makePalette(colors, 3);
-    return palette ? zelOKAY : zelStatusEncode(zelMALLOCFAILED, 1, ENOMEM);
+    palette = zelkit::makePalette(zelkit::paletteBytes(*palette, palette->getLength(), 3), 3);
+    return palette ? zelOKAY : zelkit::noMemory();
 }
 
 zelStatus BmpFile::startEncoding() {
     header_.resolution = zelkit::resolutionOf(fields);
     if (palette)
-        for (std::size_t i = 0; i < header_.colors.size(); i++)
-            header_.colors[i] =
-                zelkit::paletteByte(*palette, static_cast<int>(i / 3), static_cast<int>(i % 3));
+        header_.colors =
+            zelkit::paletteBytes(*palette, static_cast<int>(header_.colors.size() / 3), 3);
     header_.profileBytes = static_cast<std::int64_t>(iccProfile.size());
     const zelStatus status = writeHeader();
+    coded_.begin(fd, header_.dataOffset);
     if (status != zelOKAY || header_.runLengths)
         return status;
     return rows_.begin(fd, header_.dataOffset, header_.rowBytes(), header_.height);
@@ -206,13 +201,9 @@ zelStatus BmpFile::encodeRows(const std::uint8_t* rows, int count) {
 }
 
 zelStatus BmpFile::encodeRunLengths(const std::uint8_t* rows, int count) {
-    coded_.clear();
     for (int i = 0; i < count; i++, rows += rowBytes())
-        appendRunLengths(coded_, rows, size.x, header_.bits);
-    const zelStatus status = zelkit::writeExact(fd, coded_.data(), coded_.size(),
-                                                header_.dataOffset + header_.codedBytes);
-    header_.codedBytes += static_cast<std::int64_t>(coded_.size());
-    return status;
+        appendRunLengths(coded_.pending, rows, size.x, header_.bits);
+    return coded_.flush();
 }
 
 void BmpFile::encodeRow(const std::uint8_t* elements, std::uint8_t* stored) const {
@@ -234,11 +225,9 @@ void BmpFile::encodeRow(const std::uint8_t* elements, std::uint8_t* stored) cons
 zelStatus BmpFile::finishEncoding() {
     zelStatus status = zelOKAY;
     if (header_.runLengths) {
-        coded_.clear();
-        appendEnd(coded_);
-        status = zelkit::writeExact(fd, coded_.data(), coded_.size(),
-                                    header_.dataOffset + header_.codedBytes);
-        header_.codedBytes += static_cast<std::int64_t>(coded_.size());
+        appendEnd(coded_.pending);
+        status = coded_.flush();
+        header_.codedBytes = coded_.position() - header_.dataOffset;
         if (status == zelOKAY)
             status = writeHeader();
     }

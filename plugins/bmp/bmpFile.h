@@ -4,13 +4,13 @@
 #include "header.h"
 #include "runLengths.h"
 
+#include "kit/byteWriter.h"
 #include "kit/fileClass.h"
 #include "kit/fixedRows.h"
 #include "kit/packedPixels.h"
 #include "kit/scanlineFile.h"
 
 #include <optional>
-#include <vector>
 
 namespace zelbmp {
 
@@ -48,7 +48,7 @@ private:
     zelkit::PackedPixels pixels_; ///< for 16 bits and more
     zelkit::FixedRows rows_;
     std::optional<RunLengths> runs_;
-    std::vector<std::uint8_t> coded_; ///< run lengths of rows in writing
+    zelkit::ByteWriter coded_; ///< run lengths of rows in writing
 
     bool rle_ = false; ///< the format arguments
     int bits_ = 8;

@@ -68,20 +68,17 @@ zelStatus HdrFile::createFile() {
 zelStatus HdrFile::startEncoding() {
     header_.fields = fields;
     const std::string text = formatHeader(header_);
-    end_ = static_cast<std::int64_t>(text.size());
+    coded_.begin(fd, static_cast<std::int64_t>(text.size()));
     const zelStatus status = zelkit::writeExact(fd, text.data(), text.size(), 0);
     return status == zelOKAY ? makeLine() : status;
 }
 
 zelStatus HdrFile::encodeRows(const std::uint8_t* rows, int count) {
-    coded_.clear();
     for (int i = 0; i < count; i++, rows += rowBytes()) {
         encodePixels(reinterpret_cast<const float*>(rows), line_.data(), size.x);
-        appendScanline(coded_, line_.data(), size.x);
+        appendScanline(coded_.pending, line_.data(), size.x);
     }
-    const zelStatus status = zelkit::writeExact(fd, coded_.data(), coded_.size(), end_);
-    end_ += static_cast<std::int64_t>(coded_.size());
-    return status;
+    return coded_.flush();
 }
 
 } // namespace zelhdr

@@ -4,11 +4,11 @@
 #include "header.h"
 
 #include "kit/byteReader.h"
+#include "kit/byteWriter.h"
 #include "kit/fileClass.h"
 #include "kit/scanlineFile.h"
 
 #include <optional>
-#include <vector>
 
 namespace zelhdr {
 
@@ -33,9 +33,8 @@ private:
 
     Header header_;
     std::optional<zelkit::ByteReader> reader_;
-    zelkit::Buffer line_;             ///< one scanline as it is stored, without run lengths
-    std::vector<std::uint8_t> coded_; ///< scanlines in writing
-    std::int64_t end_ = 0;            ///< of what is written
+    zelkit::Buffer line_;      ///< one scanline as it is stored, without run lengths
+    zelkit::ByteWriter coded_; ///< scanlines in writing
 };
 
 } // namespace zelhdr

@@ -75,4 +75,12 @@ std::uint8_t paletteByte(const zelColormap& palette, int index, int channel) {
     return values && index >= 0 && index < palette.getLength() ? values[index] : std::uint8_t{0};
 }
 
+std::vector<std::uint8_t> paletteBytes(const zelColormap& palette, int entries, int channels) {
+    std::vector<std::uint8_t> bytes;
+    for (int i = 0; i < entries; i++)
+        for (int c = 0; c < channels; c++)
+            bytes.push_back(paletteByte(palette, i, c));
+    return bytes;
+}
+
 } // namespace zelkit

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <vector>
 
 namespace zelkit {
 
@@ -28,6 +29,9 @@ std::unique_ptr<zelColormap> greyPalette(int entries);
 /// One byte of a palette that one of these functions made; 0 for an index that it lacks, 255 for
 /// the alpha of a palette of 3 channels.
 std::uint8_t paletteByte(const zelColormap& palette, int index, int channel);
+
+/// So the bytes of the first `entries` indexes, one behind the other.
+std::vector<std::uint8_t> paletteBytes(const zelColormap& palette, int entries, int channels);
 
 } // namespace zelkit
 

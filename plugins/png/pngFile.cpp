@@ -82,9 +82,7 @@ Metadata PngFile::metadataToWrite() const {
     metadata.colorChannels = palette->getNumChans();
     const int most = 1 << header_.bits;
     const int entries = header_.bits == 1 ? most : std::min(palette->getLength(), most);
-    for (int i = 0; i < entries; i++)
-        for (int c = 0; c < metadata.colorChannels; c++)
-            metadata.colors.push_back(zelkit::paletteByte(*palette, i, c));
+    metadata.colors = zelkit::paletteBytes(*palette, entries, metadata.colorChannels);
     return metadata;
 }
 

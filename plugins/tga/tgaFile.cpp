@@ -105,16 +105,14 @@ zelStatus TgaFile::createFile() {
 zelStatus TgaFile::startEncoding() {
     if (palette) {
         header_.colorChannels = palette->getNumChans() == 4 ? 4 : 3;
-        header_.colors.clear();
-        for (int i = 0; i < zelkit::largestPalette; i++)
-            for (int c = 0; c < header_.colorChannels; c++)
-                header_.colors.push_back(zelkit::paletteByte(*palette, i, c));
+        header_.colors =
+            zelkit::paletteBytes(*palette, zelkit::largestPalette, header_.colorChannels);
     }
     const std::vector<std::uint8_t> bytes = formatHeader(header_);
     const zelStatus status = zelkit::writeExact(fd, bytes.data(), bytes.size(), 0);
     if (status != zelOKAY)
         return status;
-    end_ = header_.dataOffset;
+    coded_.begin(fd, header_.dataOffset);
     if (!rle_)
         return rows_.begin(fd, header_.dataOffset, header_.rowBytes(), header_.height);
     return row_.allocate(static_cast<std::size_t>(header_.rowBytes())) ? zelOKAY
@@ -127,14 +125,11 @@ zelStatus TgaFile::encodeRows(const std::uint8_t* rows, int count) {
             encodeRow(rows, stored);
             rows += rowBytes();
         });
-    coded_.clear();
     for (int i = 0; i < count; i++, rows += rowBytes()) {
         encodeRow(rows, row_.data());
-        appendPackets(coded_, row_.data(), size.x, header_.pixelBytes);
+        appendPackets(coded_.pending, row_.data(), size.x, header_.pixelBytes);
     }
-    const zelStatus status = zelkit::writeExact(fd, coded_.data(), coded_.size(), end_);
-    end_ += static_cast<std::int64_t>(coded_.size());
-    return status;
+    return coded_.flush();
 }
 
 void TgaFile::encodeRow(const std::uint8_t* elements, std::uint8_t* stored) const {

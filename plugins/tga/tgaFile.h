@@ -4,13 +4,13 @@
 #include "header.h"
 #include "packets.h"
 
+#include "kit/byteWriter.h"
 #include "kit/fileClass.h"
 #include "kit/fixedRows.h"
 #include "kit/packedPixels.h"
 #include "kit/scanlineFile.h"
 
 #include <optional>
-#include <vector>
 
 namespace zeltga {
 
@@ -40,9 +40,8 @@ private:
     zelkit::PackedPixels pixels_; ///< of zelRGB and zelRGBA
     zelkit::FixedRows rows_;
     std::optional<PacketReader> packets_;
-    zelkit::Buffer row_;              ///< one row as it is stored, with run lengths
-    std::vector<std::uint8_t> coded_; ///< run lengths of rows in writing
-    std::int64_t end_ = 0;            ///< of what is written with run lengths
+    zelkit::Buffer row_;       ///< one row as it is stored, with run lengths
+    zelkit::ByteWriter coded_; ///< run lengths of rows in writing
 
     bool rle_ = false; ///< the format argument
 };
