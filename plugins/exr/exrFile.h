@@ -45,6 +45,7 @@ protected:
     zelStatus startDecoding() override;
     zelStatus decodeRows(std::uint8_t* rows, int count) override;
     zelStatus skipRows(int count) override;
+    bool rowsAreAtHand() const override { return layout_.compression == zelNoCompression; }
     zelStatus startEncoding() override;
     zelStatus encodeRows(const std::uint8_t* rows, int count) override;
     zelStatus encodePage(const std::uint8_t* elements, int x, int y, int nx, int ny) override;

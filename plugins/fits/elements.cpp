@@ -1,5 +1,6 @@
 #include "elements.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 #include <limits>
@@ -40,14 +41,52 @@ Bits fromBigEndian(Bits bits) {
 }
 
 template <typename Bits>
-void moveBits(const std::uint8_t* from, std::int64_t count, std::uint8_t* to, bool flipSign) {
-    constexpr Bits top = static_cast<Bits>(Bits{1} << (8 * sizeof(Bits) - 1));
-    const Bits flip = fromBigEndian(flipSign ? top : Bits{0});
-    for (std::int64_t i = 0; i < count; i++) {
+void exchangeHalves(std::uint8_t* elements, std::size_t bytes) {
+    for (std::size_t at = 0; at < bytes; at += sizeof(Bits)) {
         Bits bits;
-        std::memcpy(&bits, from + i * std::int64_t{sizeof bits}, sizeof bits);
-        bits = fromBigEndian(static_cast<Bits>(bits ^ flip));
-        std::memcpy(to + i * std::int64_t{sizeof bits}, &bits, sizeof bits);
+        std::memcpy(&bits, elements + at, sizeof bits);
+        bits = std::rotl(bits, int{4 * sizeof bits});
+        std::memcpy(elements + at, &bits, sizeof bits);
+    }
+}
+
+// Halves are exchanged from the smallest on: for whole elements at once there is no instruction
+// that every processor has.
+template <typename Bits>
+void turnBigEndian(std::uint8_t* elements, std::size_t bytes) {
+    if constexpr (std::endian::native == std::endian::little && sizeof(Bits) > 1) {
+        exchangeHalves<std::uint16_t>(elements, bytes);
+        if constexpr (sizeof(Bits) > 2)
+            exchangeHalves<std::uint32_t>(elements, bytes);
+        if constexpr (sizeof(Bits) > 4)
+            exchangeHalves<std::uint64_t>(elements, bytes);
+    }
+}
+
+template <typename Bits>
+void flipSigns(std::uint8_t* elements, std::size_t bytes) {
+    constexpr Bits sign = static_cast<Bits>(Bits{1} << (8 * sizeof(Bits) - 1));
+    for (std::size_t at = 0; at < bytes; at += sizeof(Bits)) {
+        Bits bits;
+        std::memcpy(&bits, elements + at, sizeof bits);
+        bits = static_cast<Bits>(bits ^ fromBigEndian(sign));
+        std::memcpy(elements + at, &bits, sizeof bits);
+    }
+}
+
+template <typename Bits>
+void moveBits(const std::uint8_t* from, std::int64_t count, std::uint8_t* to, bool flipSign) {
+    constexpr std::size_t piece = 8192; // which stays in the nearest cache
+    for (auto left = static_cast<std::size_t>(count) * sizeof(Bits); left > 0;) {
+        const std::size_t bytes = std::min(left, piece);
+        if (from != to)
+            std::memcpy(to, from, bytes);
+        if (flipSign)
+            flipSigns<Bits>(to, bytes);
+        turnBigEndian<Bits>(to, bytes);
+        from += bytes;
+        to += bytes;
+        left -= bytes;
     }
 }
 

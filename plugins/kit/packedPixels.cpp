@@ -1,5 +1,7 @@
 #include "kit/packedPixels.h"
 
+#include <zel/zelConverter.h>
+
 #include <bit>
 
 namespace zelkit {
@@ -39,18 +41,24 @@ PackedPixels::PackedPixels(int pixelBytes, const Masks& masks)
     }
 }
 
+// The bytes of a stored pixel are channels to the library's conversion, which is faster than a
+// loop.
+void PackedPixels::pickBytes(const std::uint8_t* stored, std::uint8_t* elements, int pixels) const {
+    std::array<int, 4> places{};
+    for (std::size_t c = 0; c < static_cast<std::size_t>(channels_); c++)
+        places[c] = parts_[c].shift / 8;
+    zelConverter from(const_cast<std::uint8_t*>(stored), zelUChar, zelInterleaved, pixelBytes_,
+                      nullptr, pixels, 1, 1, 0, 0, 0, 0);
+    zelConverter to(elements, zelUChar, zelInterleaved, channels_, places.data(), pixels, 1, 1, 0,
+                    0, 0, 0);
+    to = from;
+}
+
 void PackedPixels::decode(const std::uint8_t* stored, std::uint8_t* elements,
                           std::int64_t pixels) const {
+    if (wholeBytes_)
+        return pickBytes(stored, elements, static_cast<int>(pixels));
     const auto channels = static_cast<std::size_t>(channels_);
-    if (wholeBytes_) {
-        std::array<int, 4> places{};
-        for (std::size_t c = 0; c < channels; c++)
-            places[c] = parts_[c].shift / 8;
-        for (; pixels > 0; pixels--, stored += pixelBytes_)
-            for (std::size_t c = 0; c < channels; c++)
-                *elements++ = stored[places[c]];
-        return;
-    }
     for (; pixels > 0; pixels--, stored += pixelBytes_) {
         std::uint32_t pixel = 0;
         for (int i = 0; i < pixelBytes_; i++)

@@ -39,6 +39,7 @@ private:
         std::array<std::uint8_t, 256> bytes{}; ///< by value, for channels of up to 8 bits
     };
     static Channel makeChannel(std::uint32_t mask);
+    void pickBytes(const std::uint8_t* stored, std::uint8_t* elements, int pixels) const;
 
     int pixelBytes_ = 3;
     int channels_ = 3;

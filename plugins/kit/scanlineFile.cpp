@@ -11,6 +11,7 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 namespace zelkit {
 
@@ -36,6 +37,7 @@ std::size_t ScanlineFile::bytesOf(int pixels) const {
 
 zelStatus ScanlineFile::makeBand() {
     held_ = -1;
+    wanted_ = -1;
     next_ = -1;
     const auto bytes = checkedProduct(
         {static_cast<std::int64_t>(bytesOf(pageSize.x)), std::min(pageSize.y, size.y)});
@@ -188,10 +190,7 @@ zelStatus ScanlineFile::skipRows(int count) {
 }
 
 // The pages of a file in reading are bands.
-zelStatus ScanlineFile::readBand(int band) {
-    if (band == held_)
-        return zelOKAY;
-    held_ = -1;
+zelStatus ScanlineFile::decodeBand(int band, std::uint8_t* rows) {
     zelStatus status = zelOKAY;
     if (next_ < 0 || next_ > band) {
         status = startDecoding();
@@ -200,9 +199,17 @@ zelStatus ScanlineFile::readBand(int band) {
     if (status == zelOKAY && next_ < band)
         status = skipRows((band - static_cast<int>(next_)) * pageSize.y);
     if (status == zelOKAY)
-        status = decodeRows(band_.data(), std::min(pageSize.y, size.y - band * pageSize.y));
+        status = decodeRows(rows, std::min(pageSize.y, size.y - band * pageSize.y));
     // After a failure nobody knows where the codec stands.
     next_ = status == zelOKAY ? band + 1 : -1;
+    return status;
+}
+
+zelStatus ScanlineFile::readBand(int band) {
+    if (band == held_)
+        return zelOKAY;
+    held_ = -1;
+    const zelStatus status = decodeBand(band, band_.data());
     if (status == zelOKAY)
         held_ = band;
     return status;
@@ -213,7 +220,11 @@ zelStatus ScanlineFile::getPage(void* data, int x, int y, int z, int c, int nx, 
     if (!data || !isPage(x, y, z, c, nx, ny, nz, nc))
         return zelStatusEncode(zelBADPARAMS);
     if (use_ == Use::Reading) {
-        const zelStatus status = readBand(y / pageSize.y);
+        const int band = y / pageSize.y;
+        const bool again = std::exchange(wanted_, band) == band;
+        if (rowsAreAtHand() && dtype != zelBit && !again && band != held_)
+            return decodeBand(band, static_cast<std::uint8_t*>(data));
+        const zelStatus status = readBand(band);
         if (status != zelOKAY)
             return status;
     } else if (const std::int64_t page = pageAt(x, y); page != held_) {

@@ -87,6 +87,10 @@ protected:
     virtual zelStatus startDecoding() = 0;
     /// Decodes the next `count` rows into `rows`, one behind the other.
     virtual zelStatus decodeRows(std::uint8_t* rows, int count) = 0;
+    /// Whether rows are had again, from anywhere, for little more than a copy of them. Then a page
+    /// is decoded where it is wanted, and one is only held that is asked for again and again. The
+    /// base says no.
+    virtual bool rowsAreAtHand() const { return false; }
     /// Passes over the next `count` rows. The base decodes them.
     virtual zelStatus skipRows(int count);
 
@@ -122,6 +126,7 @@ private:
     zelStatus makeBand();
     std::size_t bytesOf(int pixels) const;
     std::int64_t pageAt(int x, int y) const;
+    zelStatus decodeBand(int band, std::uint8_t* rows);
     zelStatus readBand(int band);
     zelStatus emitPage();
     zelStatus advanceTo(std::int64_t page);
@@ -132,6 +137,7 @@ private:
     Buffer band_;            ///< or any other page
     std::int64_t held_ = -1; ///< the page in `band_`, by number; -1: none
     std::int64_t next_ = -1; ///< the page before which the codec stands; -1: before its start
+    int wanted_ = -1;        ///< the band that was asked for last; -1: none
     zelStatus writeStatus_ = zelOKAY;
 };
 

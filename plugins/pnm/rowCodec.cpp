@@ -20,6 +20,13 @@ std::uint32_t swapBytes(std::uint32_t word) {
     return word << 24 | (word & 0xff00) << 8 | (word >> 8 & 0xff00) | word >> 24;
 }
 
+// The high byte comes first.
+std::uint16_t getWord(const Byte* bytes) {
+    std::uint16_t word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    return std::endian::native == std::endian::little ? __builtin_bswap16(word) : word;
+}
+
 // Floats move as their bits, so that a NaN stays the NaN that it is.
 void moveFloats(Byte* to, const Byte* from, std::int64_t count, bool swap) {
     if (!swap) {
@@ -86,9 +93,9 @@ void RowCodec::decode(const Byte* row, void* page, std::int64_t first) const {
         break;
     case Encoding::words: {
         auto* const words = static_cast<std::uint16_t*>(page) + first;
+        const auto highest = static_cast<std::uint16_t>(maxval_);
         for (std::int64_t i = 0; i < count; i++)
-            words[i] = static_cast<std::uint16_t>(
-                std::min<unsigned>(row[i * 2] << 8 | row[i * 2 + 1], maxval_));
+            words[i] = std::min(getWord(row + i * 2), highest);
         break;
     }
     case Encoding::floats:

@@ -27,6 +27,7 @@ protected:
     zelStatus startDecoding() override;
     zelStatus decodeRows(std::uint8_t* rows, int count) override;
     zelStatus skipRows(int count) override;
+    bool rowsAreAtHand() const override { return !header_.runLengths; }
     zelStatus startEncoding() override;
     zelStatus encodeRows(const std::uint8_t* rows, int count) override;
 
