@@ -101,6 +101,51 @@ TEST_F(JpegExchange, KeepsWhatDoesNotFitInItsUsualPlace) {
               "300/1 150/1 6 somebody");
 }
 
+// A segment of a profile: number and count of its parts, and their bytes.
+std::string profilePart(int number, int count, const std::string& bytes) {
+    const std::string body = std::string("ICC_PROFILE\0", 12) + static_cast<char>(number) +
+                             static_cast<char>(count) + bytes;
+    const auto length = static_cast<int>(body.size()) + 2;
+    return std::string("\xff\xe2") + static_cast<char>(length >> 8) + static_cast<char>(length) +
+           body;
+}
+
+TEST_F(JpegExchange, JoinsTheSegmentsOfAProfile) {
+    run("ppmmake red 40 30 | cjpeg >plain.jpg");
+    const std::string plain = content("plain.jpg");
+    const std::string a(65000, 'a'), b(65000, 'b'), c = "c";
+    std::string parts;
+    for (int i = 1; i <= 60; i++)
+        parts += profilePart(i, 60, a);
+    const struct {
+        std::string segments, profile;
+    } cases[] = {
+        {profilePart(2, 3, b) + profilePart(3, 3, c) + profilePart(1, 3, a), a + b + c},
+        {profilePart(1, 2, a), ""},                        // a part is missing
+        {profilePart(1, 2, a) + profilePart(1, 2, b), ""}, // one comes twice
+        {profilePart(1, 2, a) + profilePart(2, 3, b), ""}, // the counts differ
+        {profilePart(0, 1, a) + profilePart(1, 1, b), ""}, // a number is none
+        {profilePart(1, 0, a), ""},
+        {parts, ""}, // more than is taken
+    };
+    for (const auto& [segments, profile] : cases) {
+        write("icc.jpg", plain.substr(0, 2) + segments + plain.substr(2));
+        zelFile* const file = open("icc.jpg");
+        ASSERT_NE(file, nullptr);
+        int bytes = 0;
+        void* data = nullptr;
+        const zelStatus status = file->getICCProfile(bytes, data);
+        EXPECT_EQ(status == zelOKAY, !profile.empty());
+        if (status == zelOKAY) {
+            EXPECT_TRUE(std::string(static_cast<char*>(data), static_cast<std::size_t>(bytes)) ==
+                        profile);
+            EXPECT_EQ(file->freeICCProfile(data), zelOKAY);
+        }
+        EXPECT_EQ(file->close(0), zelOKAY);
+        EXPECT_TRUE(read("icc.jpg") == read("plain.jpg"));
+    }
+}
+
 TEST_F(JpegExchange, ReadsExifOfEitherByteOrder) {
     run("ppmmake red 4 3 | cjpeg >plain.jpg");
     const std::string plain = content("plain.jpg");

@@ -140,6 +140,19 @@ TEST_F(PngExchange, ReadsMetadataBehindThePixels) {
     EXPECT_EQ(file->close(0), zelOKAY);
     run("ppmmake red 5 4 | pnmtopng -force -modtime '1999-02-03 04:05:06' >t.png");
 
+    // Longer than what is read of texts, and before them; its check sum is not looked at.
+    std::string longText = std::string("\x01\0\0\0tEXtComment\0", 16);
+    longText.resize((1 << 24) + 12, 'x');
+    const std::string own = content("own.png");
+    write("long.png", own.substr(0, 33) + longText + own.substr(33));
+    EXPECT_TRUE(read("long.png") == read("own.png"));
+    file = open("long.png");
+    ASSERT_NE(file, nullptr);
+    char* comment = nullptr;
+    EXPECT_EQ(file->getTag(tagOf("Comment"), &comment), zelOKAY);
+    EXPECT_STREQ(comment, "plain");
+    EXPECT_EQ(file->close(0), zelOKAY);
+
     write("later.png", withLaterChunks(content("own.png")));
     ASSERT_GT(content("later.png").find("eXIf"), content("later.png").find("IDAT"));
     file = open("later.png");

@@ -302,6 +302,34 @@ TEST_F(TiffUpdate, CarriesProfiles) {
     EXPECT_EQ(output("tiffinfo a.tif").find("ICC"), std::string::npos);
 }
 
+TEST_F(TiffUpdate, ReadsLargeBlocksBehindTagsThatAreTooLong) {
+    const std::string profile(4 << 20, 'p');
+    const Pixels small = Pixels::pattern(zelUChar, 30, 30, 3, 1);
+    const Pixels large = Pixels::pattern(zelUShort, 700, 700, 3, 2);
+    const zelSize page(704, 704, 1, 3);
+    createFrom("a.tif", small, zelRGB, zelInterleaved, zelLZW);
+    createFrom("b.tif", large, zelRGB, zelInterleaved, zelLZW, &page);
+    run("tiffcp a.tif b.tif both.tif");
+    zelFile* file = open("both.tif", 2);
+    ASSERT_NE(file, nullptr);
+    for (const int image : {0, 1}) {
+        ASSERT_EQ(file->setCurrentImg(image), zelOKAY);
+        EXPECT_EQ(file->setICCProfile(static_cast<int>(profile.size()), profile.data()), zelOKAY);
+    }
+    EXPECT_EQ(file->close(0), zelOKAY);
+    file = open("both.tif");
+    ASSERT_NE(file, nullptr);
+    int size = 0;
+    void* data = nullptr;
+    EXPECT_EQ(file->getICCProfile(size, data), zelBADFIELDGET);
+    EXPECT_TRUE(readPixels(file) == small);
+    ASSERT_EQ(file->setCurrentImg(1), zelOKAY);
+    EXPECT_TRUE(readPixels(file) == large);
+    ASSERT_EQ(file->setCurrentImg(0), zelOKAY);
+    EXPECT_TRUE(readPixels(file) == small);
+    EXPECT_EQ(file->close(0), zelOKAY);
+}
+
 } // namespace
 
 } // namespace zel::test

@@ -37,6 +37,40 @@ TEST_F(Webp, ReadsWhatAnotherDecoderReads) {
     EXPECT_TRUE(bytesOf("c.webp") == decoded("c.webp", 4));
 }
 
+TEST_F(Webp, LooksAtLargeFilesWhenTheirPixelsAreWanted) {
+    run("convert-im6.q16 -size 1301x1203 xc:grey -seed 7 +noise random -depth 8 PNG24:n.png && "
+        "cwebp -quiet -lossless -exact -z 0 n.png -o n.webp");
+    const std::string whole = content("n.webp");
+    ASSERT_GT(whole.size(), std::size_t{1} << 20);
+    EXPECT_TRUE(bytesOf("n.webp") == bytesOf("n.png"));
+    // A chunk for the canvas before the image, and the profile behind it.
+    std::string head("VP8X\x0a\0\0\0\x20\0\0\0\x14\x05\0\xb2\x04\0", 18);
+    const std::string profile("ICCP\x04\0\0\0zel!", 12);
+    std::string body = "WEBP" + head + whole.substr(12) + profile;
+    const auto framed = [](const std::string& content) {
+        std::string riff = "RIFF";
+        for (int shift = 0; shift < 32; shift += 8)
+            riff += static_cast<char>(content.size() >> shift);
+        return riff + content;
+    };
+    write("x.webp", framed(body));
+    zelFile* const file = open("x.webp");
+    ASSERT_NE(file, nullptr);
+    int bytes = 0;
+    void* data = nullptr;
+    ASSERT_EQ(file->getICCProfile(bytes, data), zelOKAY);
+    EXPECT_EQ(std::string(static_cast<char*>(data), static_cast<std::size_t>(bytes)), "zel!");
+    EXPECT_EQ(file->freeICCProfile(data), zelOKAY);
+    EXPECT_EQ(file->getCompression(), zelZIP);
+    EXPECT_EQ(file->close(0), zelOKAY);
+    // A chunk that says to be longer than the file, and a file that is shorter than it says.
+    body[body.size() - 8] = 5;
+    write("y.webp", framed(body));
+    EXPECT_EQ(zelStatusMain(statusOfReading("y.webp")), zelCORRUPTED);
+    write("z.webp", whole.substr(0, whole.size() - 2));
+    EXPECT_EQ(zelStatusMain(statusOfReading("z.webp")), zelPREMATUREEOF);
+}
+
 TEST_F(Webp, WritesWhatAnotherDecoderReads) {
     run(makePictures);
     const Pixels pixels = read("b.png");

@@ -236,6 +236,22 @@ class Geometry(ToolTest):
             self.assertTrue(self.read("in.pgm") == self.read("out.pgm"), words)
         self.assertEqual(sorted(os.listdir()), ["in.pgm", "out.pgm", "t.tif"])
 
+    def test_forward_codecs_turned(self):
+        # Several bands on both sides, whose rows are met in the other order.
+        self.write("in.ppm", pgm(500, 400, [i * i // 977 & 255 for i in range(600000)]))
+        for suffix in ("png", "bmp"):
+            self.zel("convert", "in.ppm", "in." + suffix)
+            for orientation, flips in (("lower-left", ["-tb"]), ("upper-right", ["-lr"]),
+                                       ("lower-right", ["-r180"]), ("left-upper", ["-xy"])):
+                with self.subTest(suffix=suffix, orientation=orientation):
+                    self.zel("convert", "in." + suffix, "out.png", "--orientation", orientation)
+                    self.zel("convert", "out.png", "back.ppm")
+                    self.assertTrue(self.read("back.ppm") == self.read("in.ppm"))
+                    # What other programs take for the rows is turned.
+                    turned = command("pamflip", *flips, "in.ppm")
+                    stored = command("convert-im6.q16", "out.png", "-depth", "8", "ppm:-")
+                    self.assertTrue(samples_of(stored) == samples_of(turned))
+
     def test_all_images(self):
         images = [pgm(5, 4, [i] * 20) for i in range(3)]
         self.write("in.pgm", b"".join(images))

@@ -78,6 +78,17 @@ class Info(ToolTest):
             self.assertEqual(info["file"], path)
             self.assertEqual(json.loads(self.zel("info", "--json", info["name"]).out), [info])
 
+    def test_a_great_many_images(self):
+        self.write("many.pgm", b"".join(pgm(i % 7 + 1, 1, [0] * (i % 7 + 1)) for i in range(600)))
+        infos = json.loads(self.zel("info", "--json", "many.pgm").out)
+        self.assertEqual([(i["image"], i["width"]) for i in infos],
+                         [(i, i % 7 + 1) for i in range(600)])
+        lines = self.zel("info", "many.pgm").out.splitlines()
+        self.assertEqual([line.split()[0] for line in lines],
+                         [f"many.pgm:{i}" for i in range(600)])
+        self.assertEqual(json.loads(self.zel("info", "--json", "-v", "many.pgm:599").out)[0]["tags"],
+                         {})
+
     def test_goes_on_after_a_failure(self):
         self.scene("[a].ppm")
         result = self.zel("info", "none", "[a].ppm", status=1)
