@@ -2,9 +2,12 @@
 
 #include "support/tempDir.h"
 
+#include "kit/arguments.h"
 #include "kit/bits.h"
 #include "kit/byteReader.h"
+#include "kit/byteWriter.h"
 #include "kit/exif.h"
+#include "kit/fields.h"
 #include "kit/fileIo.h"
 #include "kit/fixedRows.h"
 #include "kit/jumpGuard.h"
@@ -17,6 +20,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdarg>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <random>
@@ -159,6 +164,120 @@ TEST(KitFileIo, ReadsWhatIsThere) {
     EXPECT_EQ(reader.position(), 9000);
     EXPECT_EQ(reader.next(), -1);
     EXPECT_EQ(reader.endStatus(), zelPREMATUREEOF);
+}
+
+TEST(KitByteWriter, WritesWhatIsPendingBehindTheRest) {
+    const OpenBytes file(Bytes(3, 9));
+    ByteWriter writer;
+    writer.begin(file.fd, 3);
+    writer.pending = {1, 2};
+    EXPECT_EQ(writer.position(), 5);
+    EXPECT_EQ(writer.flush(), zelOKAY);
+    writer.pending = {3};
+    EXPECT_EQ(writer.flush(), zelOKAY);
+    EXPECT_EQ(writer.position(), 6);
+    Bytes read(6);
+    EXPECT_EQ(readExact(file.fd, read.data(), read.size(), 0), zelOKAY);
+    EXPECT_EQ(read, (Bytes{9, 9, 9, 1, 2, 3}));
+    writer.begin(-1, 0);
+    writer.pending = {4};
+    EXPECT_EQ(zelStatusMain(writer.flush()), zelWRITEFAILED);
+}
+
+namespace {
+
+std::string warnings;
+
+void keepWarning(void*, int, const char* format, va_list arguments) {
+    char text[300];
+    std::vsnprintf(text, sizeof text, format, arguments);
+    warnings += std::string(text) + "\n";
+}
+
+zelStatus set(Fields& fields, std::span<const zelTagDescription> known, int tag, ...) {
+    va_list arguments;
+    va_start(arguments, tag);
+    const zelStatus status = setField(fields, known, tag, arguments);
+    va_end(arguments);
+    return status;
+}
+
+zelStatus get(const Fields& fields, std::span<const zelTagDescription> known, int tag, ...) {
+    va_list arguments;
+    va_start(arguments, tag);
+    const zelStatus status = getField(fields, known, tag, arguments);
+    va_end(arguments);
+    return status;
+}
+
+} // namespace
+
+TEST(KitArguments, TakeWhatTheirTableSays) {
+    zelSetErrorHandler(keepWarning, nullptr);
+    bool flag = false;
+    int level = 5, filter = 0;
+    const zelNameDesc filters[] = {{"none", 1}, {"all", 9}, {nullptr, 0}};
+    const Argument table[] = {
+        {"flag", &flag}, {"level", &level, 0, 9}, {"filter", &filter, 0, 0, filters}};
+    const auto give = [](std::string name, const char* value, const Argument* known) {
+        std::string text = value ? value : "";
+        warnings.clear();
+        storeArgument("a.png", {name.data(), value ? text.data() : nullptr}, known);
+        return warnings;
+    };
+    EXPECT_EQ(give("flag", nullptr, &table[0]), "");
+    EXPECT_TRUE(flag);
+    EXPECT_EQ(give("flag", "0", &table[0]), "");
+    EXPECT_FALSE(flag);
+    EXPECT_EQ(give("level", "9", &table[1]) + give("filter", "all", &table[2]), "");
+    EXPECT_EQ(level, 9);
+    EXPECT_EQ(filter, 9);
+    for (const char* bad : {"10", "-1", "", "7x", "99999999999"})
+        EXPECT_EQ(give("level", bad, &table[1]), std::string("a.png: format argument \"level\": ") +
+                                                     "bad value " + bad +
+                                                     ", expected 0 to 9; ignored\n");
+    EXPECT_EQ(give("level", nullptr, &table[1]),
+              "a.png: format argument \"level\": no value, expected 0 to 9; ignored\n");
+    EXPECT_EQ(give("filter", "some", &table[2]),
+              "a.png: format argument \"filter\": bad value some, expected none, all; ignored\n");
+    EXPECT_EQ(give("depth", "8", nullptr), "a.png: unknown format argument \"depth\"; ignored\n");
+    EXPECT_EQ(level, 9) << "what is ignored changes nothing";
+    EXPECT_EQ(filter, 9);
+    zelSetErrorHandler(nullptr, nullptr);
+}
+
+TEST(KitFields, GoThroughTheTypesOfTheirTags) {
+    zelEnumSpec units[] = {{"none", 1}, {"inch", 2}, {nullptr, 0}};
+    const zelTagDescription known[] = {{1, oneOf(zelTagString), "", "text", "", nullptr},
+                                       {2, oneOf(zelTagShort), "", "short", "", nullptr},
+                                       {3, oneOf(zelTagFloat), "", "float", "", nullptr},
+                                       {4, oneOf(zelTagShortEnum), "", "unit", "", units}};
+    Fields fields;
+    char* text = nullptr;
+    short number = 0;
+    float real = 0;
+    EXPECT_EQ(get(fields, known, 1, &text), zelBADFIELDGET);
+    EXPECT_EQ(get(fields, known, 5, &text), zelUNSUPPORTEDBYFORMAT);
+    EXPECT_EQ(set(fields, known, 5, 0), zelUNSUPPORTEDBYFORMAT);
+    EXPECT_EQ(set(fields, known, 1, "hello"), zelOKAY);
+    EXPECT_EQ(get(fields, known, 1, &text), zelOKAY);
+    EXPECT_STREQ(text, "hello");
+    EXPECT_EQ(set(fields, known, 1, static_cast<char*>(nullptr)), zelOKAY);
+    EXPECT_EQ(fields.text(1), nullptr);
+    EXPECT_EQ(set(fields, known, 2, 40000), zelBADFIELDSET);
+    EXPECT_EQ(set(fields, known, 2, -30000), zelOKAY);
+    EXPECT_EQ(get(fields, known, 2, &number), zelOKAY);
+    EXPECT_EQ(number, -30000);
+    EXPECT_EQ(set(fields, known, 3, 1e300), zelBADFIELDSET);
+    EXPECT_EQ(set(fields, known, 3, std::nan("")), zelBADFIELDSET);
+    EXPECT_EQ(set(fields, known, 3, 0.5), zelOKAY);
+    EXPECT_EQ(get(fields, known, 3, &real), zelOKAY);
+    EXPECT_EQ(real, 0.5f);
+    EXPECT_EQ(set(fields, known, 4, 7), zelBADFIELDSET);
+    EXPECT_EQ(set(fields, known, 4, 2), zelOKAY);
+    // A number from a file that the type of the tag cannot hold.
+    fields.set(2, 1e6);
+    EXPECT_EQ(get(fields, known, 2, &number), zelBADFIELDGET);
 }
 
 TEST(KitFixedRows, MoveRowsInBands) {
