@@ -3,6 +3,7 @@
 #include "kit/bits.h"
 #include "kit/exif.h"
 #include "kit/palette.h"
+#include "kit/resolution.h"
 #include "kit/sizes.h"
 
 #include <zel/zelBitArray.h>
@@ -93,11 +94,20 @@ void Jp2File::showPalette() {
     }
 }
 
+// In whole pixels per metre it is told as other formats tell it; of low ones and of fractions the
+// rest counts too.
 void Jp2File::showResolution() {
-    if (boxes_.xPerMeter <= 0 || boxes_.yPerMeter <= 0)
+    const double x = boxes_.xPerMeter, y = boxes_.yPerMeter;
+    if (x <= 0 || y <= 0)
         return;
-    fields.set(zelkit::exifXResolution, boxes_.xPerMeter / 100);
-    fields.set(zelkit::exifYResolution, boxes_.yPerMeter / 100);
+    if (x < INT_MAX && y < INT_MAX)
+        zelkit::setResolution(fields,
+                              {static_cast<int>(std::lround(x)), static_cast<int>(std::lround(y))});
+    const double* const unit = fields.number(zelkit::exifResolutionUnit);
+    if (unit && std::lround(*unit) == zelkit::resolutionPerInch)
+        return;
+    fields.set(zelkit::exifXResolution, x / 100);
+    fields.set(zelkit::exifYResolution, y / 100);
     fields.set(zelkit::exifResolutionUnit, double{zelkit::resolutionPerCentimeter});
 }
 

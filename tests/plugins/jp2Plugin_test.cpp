@@ -183,7 +183,8 @@ TEST_F(Jp2, CarriesTheResolution) {
     run("opj_compress -i a.ppm -o c.j2k >/dev/null");
     const std::string stream = content("c.j2k");
     for (const auto& [boxes, x, y] :
-         {std::tuple(captured + shown, 300 / 2.54, 72.5 / 2.54), std::tuple(shown, 200., 100.)}) {
+         {std::tuple(captured + shown, 300 / 2.54, 72.5 / 2.54), std::tuple(shown, 200., 100.),
+          std::tuple(box("resc", std::string("\x2e\x23\0\1\x2e\x23\0\1\0\0", 10)), 300., 300.)}) {
         write("b.jp2", jp2Of(color + box("res ", boxes), stream));
         file = open("b.jp2");
         ASSERT_NE(file, nullptr);
