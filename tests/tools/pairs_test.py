@@ -61,8 +61,8 @@ class Pairs(ToolTest):
                           zip(self.pixels(target), expected, self.opacities(kind))
                           if opacity >= 128 or suffix != "gif"]
                 # Blocks of a lossy picture ring at the edges of a palette's areas.
-                byMean = suffix == "jpg" or (suffix, kind) in REDUCED
-                error = sum(errors) / len(errors) if byMean else max(errors)
+                by_mean = suffix == "jpg" or (suffix, kind) in REDUCED
+                error = sum(errors) / len(errors) if by_mean else max(errors)
                 self.assertLessEqual(error, REDUCED.get((suffix, kind), tolerance), target)
 
     def test_photo(self):
@@ -73,6 +73,9 @@ class Pairs(ToolTest):
         self.assertEqual(self.pixels("palette.gif").tobytes(),
                          self.read("few.ppm").split(b"\n", 3)[3])
         self.check("palette.gif", "palette")
+
+    def test_grey(self):
+        self.check("grey.pgm", "grey")
 
     def test_bits(self):
         self.check("bits.pbm", "bits")
