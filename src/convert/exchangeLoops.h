@@ -17,25 +17,6 @@ using zel::convert::Rows;
 /// All vectors of this file: they are native to every processor that is served.
 constexpr int blockBytes = 16;
 
-template <int width, int half>
-struct ZipPlaces {
-    static constexpr Place of(int, int lane) { return {lane % 2, (half * width + lane) / 2}; }
-};
-
-/// A square of as many vectors as each has lanes: rows become columns in log2(width) rounds.
-template <int width, class Lanes>
-void turnBlock(Several<Lanes, width>& block) {
-    for (int round = 1; round < width; round *= 2) {
-        Several<Lanes, width> next;
-        for (std::size_t k = 0; k < width / 2; ++k) {
-            const Several<Lanes, 2> pair{block[k], block[k + width / 2]};
-            next[2 * k] = gather<width, ZipPlaces<width, 0>, 0>(pair, pair[0]);
-            next[2 * k + 1] = gather<width, ZipPlaces<width, 1>, 0>(pair, pair[0]);
-        }
-        block = next;
-    }
-}
-
 /// Units of any size, one by one. All but the last of a row on either side are moved as a whole
 /// power of two, since the bytes behind a unit are written by the next one anyway.
 template <int size>
@@ -66,7 +47,7 @@ void exchangeElements(Rows to, ConstRows from, int rows, int length) {
             for (int n = 0; n < width; ++n)
                 block[static_cast<std::size_t>(n)] =
                     loadLanes<Lanes>(from.first + (k + n) * from.step + std::ptrdiff_t{i} * size);
-            turnBlock<width>(block);
+            block = zip<Element, std::countr_zero(static_cast<unsigned>(width))>(block);
             for (int n = 0; n < width; ++n)
                 storeLanes(to.first + (i + n) * to.step + std::ptrdiff_t{k} * size,
                            block[static_cast<std::size_t>(n)]);
@@ -76,16 +57,9 @@ void exchangeElements(Rows to, ConstRows from, int rows, int length) {
     exchangeUnits<size>(to, from, 0, rows, wholeUnits, length);
 }
 
-/// Between pixels of three elements and lanes of four, `width` of them in a vector.
-template <int width>
+/// From pixels of three elements to lanes of four.
 struct WidenPlaces {
-    static constexpr Place of(int, int lane) { return {0, lane / 4 * 3 + lane % 4 % 3}; }
-};
-template <int width>
-struct NarrowPlaces {
-    static constexpr Place of(int, int lane) {
-        return {0, lane < 3 * width ? lane / 3 * 4 + lane % 3 : 0};
-    }
+    static constexpr int of(int lane) { return lane / 4 * 3 + lane % 4 % 3; }
 };
 
 /// Pixels of three elements, some to a vector. A vector reaches beyond them; the blocks end early
@@ -104,17 +78,16 @@ void exchangeTriples(Rows to, ConstRows from, int rows, int length) {
         for (int k = 0; k < wholeRows; k += width) {
             Several<Pixels, width> block;
             for (int n = 0; n < width; ++n) {
-                const Several<Elements, 1> in{
-                    loadLanes<Elements>(from.first + (k + n) * from.step + i * size)};
-                const Elements wide = gather<lanes, WidenPlaces<width>, 0>(in, in[0]);
+                const auto in = loadLanes<Elements>(from.first + (k + n) * from.step + i * size);
+                const Elements wide = rearrange<WidenPlaces, lanes>(in, in);
                 std::memcpy(&block[static_cast<std::size_t>(n)], &wide, sizeof wide);
             }
-            turnBlock<width>(block);
+            block = zip<Pixel, std::countr_zero(static_cast<unsigned>(width))>(block);
             for (int n = 0; n < width; ++n) {
-                Several<Elements, 1> wide;
-                std::memcpy(&wide[0], &block[static_cast<std::size_t>(n)], sizeof wide);
+                Elements wide;
+                std::memcpy(&wide, &block[static_cast<std::size_t>(n)], sizeof wide);
                 storeLanes(to.first + (i + n) * to.step + k * size,
-                           gather<lanes, NarrowPlaces<width>, 0>(wide, wide[0]));
+                           rearrange<NarrowPlaces<3, 4, lanes>, lanes>(wide, wide));
             }
         }
     }

@@ -13,9 +13,9 @@ namespace {
 template <int channels, int width>
 struct MirrorPixelPlaces {
     static constexpr int pixels = width / channels;
-    static constexpr Place of(int, int lane) {
+    static constexpr int of(int lane) {
         const int pixel = lane / channels;
-        return {0, pixel < pixels ? width - (pixel + 1) * channels + lane % channels : 0};
+        return pixel < pixels ? width - (pixel + 1) * channels + lane % channels : 0;
     }
 };
 
@@ -23,9 +23,9 @@ struct MirrorPixelPlaces {
 template <int channels, int width>
 struct MirrorChannelPlaces {
     static constexpr int pixels = width / channels;
-    static constexpr Place of(int, int lane) {
+    static constexpr int of(int lane) {
         const int first = lane / channels * channels;
-        return {0, first < pixels * channels ? first + channels - 1 - lane % channels : 0};
+        return first < pixels * channels ? first + channels - 1 - lane % channels : 0;
     }
 };
 
@@ -41,8 +41,8 @@ void mirrorPixels(std::byte* to, const std::byte* from, std::ptrdiff_t count) {
         constexpr int width = bytes / static_cast<int>(sizeof(Element));
         using Places = MirrorPixelPlaces<channels, width>;
         for (; (count - done) * size >= bytes; done += Places::pixels) {
-            const Several<Lanes, 1> in{loadLanes<Lanes>(from + (count - done) * size - bytes)};
-            storeLanes(to + done * size, gather<width, Places, 0>(in, in[0]));
+            const auto in = loadLanes<Lanes>(from + (count - done) * size - bytes);
+            storeLanes(to + done * size, rearrange<Places, width>(in, in));
         }
     }
     for (; done < count; ++done)
@@ -60,8 +60,8 @@ void mirrorChannels(std::byte* to, const std::byte* from, std::ptrdiff_t count) 
         constexpr int width = bytes / element;
         using Places = MirrorChannelPlaces<channels, width>;
         for (; (count - done) * size >= bytes; done += Places::pixels) {
-            const Several<Lanes, 1> in{loadLanes<Lanes>(from + done * size)};
-            storeLanes(to + done * size, gather<width, Places, 0>(in, in[0]));
+            const auto in = loadLanes<Lanes>(from + done * size);
+            storeLanes(to + done * size, rearrange<Places, width>(in, in));
         }
     }
     for (; done < count; ++done) {

@@ -8,6 +8,8 @@ namespace {
 struct Avx2 {
     template <int size>
     static constexpr int laneBytes = size < 4 ? 16 : 32;
+    static constexpr int zipBytes = 32;
+    static constexpr bool shuffles = true;
 };
 
 } // namespace

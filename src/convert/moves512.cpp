@@ -7,6 +7,8 @@ namespace {
 struct Avx512 {
     template <int>
     static constexpr int laneBytes = 64;
+    static constexpr int zipBytes = 32;
+    static constexpr bool shuffles = true;
 };
 
 } // namespace

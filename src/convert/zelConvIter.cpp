@@ -38,12 +38,31 @@ bool isPairOf(zelDataType a, zelDataType b, zelDataType first, zelDataType secon
     return (a == first || a == second) && (b == first || b == second);
 }
 
-void walkRows(zelConvIter& walk, const RowShape& shape, Road road) {
+// Asks for the first lines of a row. A long row that does not follow the one before would otherwise
+// begin with a wait for memory.
+void fetchAhead(const void* data, std::int64_t first, std::int64_t elementBytes) {
+    constexpr int line = 64;
+    const auto* start = static_cast<const std::byte*>(data) + first * elementBytes;
+    for (int i = 0; i < 4; ++i)
+        __builtin_prefetch(start + i * line);
+}
+
+void walkRows(zelConvIter& walk, const RowShape& shape, zelDataType to, zelDataType from,
+              Road road) {
     if (road == nullptr)
         return;
-    do {
-        road(shape, walk.destIndex(), walk.sourceIndex());
-    } while (walk.nextRow() != 0);
+    const bool ahead = shape.count >= 1024 && shape.toStep == 1 && shape.fromStep == 1 &&
+                       to != zelBit && from != zelBit;
+    for (bool more = true; more;) {
+        const int toFirst = walk.destIndex();
+        const int fromFirst = walk.sourceIndex();
+        more = walk.nextRow() != 0;
+        if (more && ahead) {
+            fetchAhead(shape.to, walk.destIndex(), zelDataSize(to, 1));
+            fetchAhead(shape.from, walk.sourceIndex(), zelDataSize(from, 1));
+        }
+        road(shape, toFirst, fromFirst);
+    }
 }
 
 } // namespace
@@ -323,39 +342,48 @@ void zelConvIter::wholeCopy() {
 }
 
 void zelConvIter::BitSwitch() {
-    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, zel::convert::roadToBit(src.type));
+    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, dst.type, src.type,
+             zel::convert::roadToBit(src.type));
 }
 
 // The sign of an integer destination never matters, since the low bits are stored.
 
 void zelConvIter::uCharSwitch() {
-    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, zel::convert::roadToInteger8(src.type));
+    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, dst.type, src.type,
+             zel::convert::roadToInteger8(src.type));
 }
 
 void zelConvIter::charSwitch() {
-    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, zel::convert::roadToInteger8(src.type));
+    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, dst.type, src.type,
+             zel::convert::roadToInteger8(src.type));
 }
 
 void zelConvIter::uShortSwitch() {
-    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, zel::convert::roadToInteger16(src.type));
+    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, dst.type, src.type,
+             zel::convert::roadToInteger16(src.type));
 }
 
 void zelConvIter::shortSwitch() {
-    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, zel::convert::roadToInteger16(src.type));
+    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, dst.type, src.type,
+             zel::convert::roadToInteger16(src.type));
 }
 
 void zelConvIter::uIntSwitch() {
-    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, zel::convert::roadToInteger32(src.type));
+    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, dst.type, src.type,
+             zel::convert::roadToInteger32(src.type));
 }
 
 void zelConvIter::intSwitch() {
-    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, zel::convert::roadToInteger32(src.type));
+    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, dst.type, src.type,
+             zel::convert::roadToInteger32(src.type));
 }
 
 void zelConvIter::floatSwitch() {
-    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, zel::convert::roadToFloat(src.type));
+    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, dst.type, src.type,
+             zel::convert::roadToFloat(src.type));
 }
 
 void zelConvIter::doubleSwitch() {
-    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, zel::convert::roadToDouble(src.type));
+    walkRows(*this, {dst.data, src.data, sxD, sxS, nx}, dst.type, src.type,
+             zel::convert::roadToDouble(src.type));
 }
