@@ -16,5 +16,7 @@ function(zel_compile_options target)
         target_compile_options(${target} PRIVATE -fsanitize=${ZEL_SANITIZE}
             -fno-sanitize-recover=all -fno-omit-frame-pointer)
         target_link_options(${target} PRIVATE -fsanitize=${ZEL_SANITIZE})
+        # Under which limits of memory and counts of what is in use mean nothing.
+        target_compile_definitions(${target} PRIVATE ZEL_SANITIZED)
     endif()
 endfunction()

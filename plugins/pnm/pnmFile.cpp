@@ -77,7 +77,7 @@ zelStatus PnmFile::openFile() {
     if (status != zelOKAY)
         return status;
     imageOffsets_ = {0};
-    showImage(std::move(image));
+    adoptImage(std::move(image));
     return zelOKAY;
 }
 
@@ -101,7 +101,7 @@ zelStatus PnmFile::readImage(std::int64_t offset, Image& image) const {
 }
 
 // Fills the attributes, which are those of the file as it is.
-void PnmFile::showImage(Image&& image) {
+void PnmFile::adoptImage(Image&& image) {
     image_ = std::move(image);
     const Header& header = image_.header;
     size = zelSize(header.width, header.height, 1, header.channels);
@@ -250,7 +250,7 @@ zelStatus PnmFile::setCurrentImg(int i) {
     const zelStatus status = readImage(imageOffsets_[static_cast<std::size_t>(i)], image);
     if (status != zelOKAY)
         return status;
-    showImage(std::move(image));
+    adoptImage(std::move(image));
     currentImage_ = i;
     markAttributesChanged();
     return zelOKAY;
@@ -306,7 +306,7 @@ zelStatus PnmFile::writeImage(const Header& header, std::int64_t offset,
         status = fillWithZeros(image);
     if (status != zelOKAY)
         return status;
-    showImage(std::move(image));
+    adoptImage(std::move(image));
     cm = wanted.getColorModel();
     orientation = wanted.getOrientation();
     wanted.getPageSize(pageSize);

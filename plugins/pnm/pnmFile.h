@@ -74,7 +74,7 @@ private:
 
     void readOptions();
     zelStatus readImage(std::int64_t offset, Image& image) const;
-    void showImage(Image&& image);
+    void adoptImage(Image&& image);
     void findImages();
 
     std::optional<Header> headerFor(const zelFileConfig& wanted) const;

@@ -165,7 +165,7 @@ TEST_F(TileRoad, reachesTheEdgeOfTheLargestImage) {
 
 TEST(TileMemory, reportsAPageThatCannotBeHad) {
     const ChildResult result = runInChild([] {
-#ifndef __SANITIZE_ADDRESS__
+#ifndef ZEL_SANITIZED
         const rlimit limit{rlim_t{1} << 30, rlim_t{1} << 30};
         setrlimit(RLIMIT_AS, &limit);
 #endif

@@ -109,7 +109,7 @@ constexpr Finding findings[] = {
     {Fault::exitsOnShortFiles, "truncation", "with exit status 3"},
     {Fault::loopsOnDamage, "damage", "takes too long"},
     {Fault::throwsOnDamage, "damage", "vector"},
-#if !defined(__SANITIZE_ADDRESS__)
+#if !defined(ZEL_SANITIZED)
     {Fault::losesMemory, "memory", "bytes stay behind for each file"},
     {Fault::losesMemoryOnFailure, "memory", "cut to"},
 #endif

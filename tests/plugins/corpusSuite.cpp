@@ -134,7 +134,7 @@ std::string readFile(const ManifestRow& row, const std::string& samplesFile, boo
 ChildResult readInChild(const ManifestRow& row, const std::string& samplesFile, bool upright) {
     return runInChild([&]() -> std::string {
         alarm(10);
-#if !defined(__SANITIZE_ADDRESS__)
+#if !defined(ZEL_SANITIZED)
         const rlimit limit = {512u << 20, 512u << 20};
         setrlimit(RLIMIT_AS, &limit);
 #endif

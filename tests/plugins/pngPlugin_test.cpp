@@ -217,7 +217,7 @@ TEST_F(PngExchange, RefusesIndexesWithoutColour) {
 }
 
 TEST_F(PngExchange, TakesLittleMemoryForTextsThatInflate) {
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(ZEL_SANITIZED)
     GTEST_SKIP() << "the sanitizer takes memory of its own";
 #endif
     const zelSize size(9, 7, 1, 1);

@@ -217,7 +217,7 @@ std::string moveLargeImage(zelFile* file, bool write) {
 }
 
 TEST_P(ScanlinePlugin, NeedsLittleMemoryForLargeImages) {
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(ZEL_SANITIZED)
     GTEST_SKIP() << "the sanitizer takes memory of its own";
 #endif
     for (const bool write : {true, false}) {

@@ -23,7 +23,7 @@ class TiffDamage : public TiffScene {
 protected:
     // Lets the process have this much memory beyond what it has.
     static void limitMemory(std::size_t bytes) {
-#if !defined(__SANITIZE_ADDRESS__)
+#if !defined(ZEL_SANITIZED)
         std::ifstream statm("/proc/self/statm");
         rlim_t pages = 0;
         statm >> pages;

@@ -198,7 +198,7 @@ TEST(Load, LetsAHandlerSearchWhileItReads) {
     EXPECT_EQ(result.text, "<ab|-|one.so|-||012\ncd|-|-|-||012\n>");
 }
 
-#ifndef __SANITIZE_ADDRESS__
+#ifndef ZEL_SANITIZED
 TEST(Load, EndsWhenATokenFindsNoMemory) {
     std::string text = "format ab description \"";
     text.resize(70000000, 'x');

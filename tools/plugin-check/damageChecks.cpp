@@ -13,7 +13,7 @@ namespace zel::check {
 
 namespace {
 
-constexpr rlim_t mostBytes = rlim_t{512} << 20;
+[[maybe_unused]] constexpr rlim_t mostBytes = rlim_t{512} << 20;
 constexpr int mostImages = 4;
 constexpr std::size_t longestSource = 4 << 20;
 
@@ -51,7 +51,7 @@ std::vector<Source> sourcesOf(const Subject& subject) {
 }
 
 void limitMemory() {
-#if !defined(__SANITIZE_ADDRESS__)
+#if !defined(ZEL_SANITIZED)
     std::ifstream statm("/proc/self/statm");
     rlim_t pages = 0;
     statm >> pages;

@@ -128,7 +128,7 @@ void checkDescriptors(const Subject& subject, Tally& tally) {
 }
 
 void checkMemory(const Subject& subject, Tally& tally) {
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(ZEL_SANITIZED)
     (void)subject;
     tally.note("this build's allocator keeps no count");
 #else
