@@ -92,7 +92,7 @@ void repeat(const Round& round, int count) {
 constexpr int repetitions = 12;
 // The allocator counts blocks that it keeps for the next request as in use, and their number sways
 // by a few small ones. A sanitizer finds smaller losses.
-constexpr std::size_t leastLoss = 128 * repetitions;
+[[maybe_unused]] constexpr std::size_t leastLoss = 128 * repetitions;
 
 // The bytes that so many rounds leave behind.
 std::size_t growth(const Round& round) {
