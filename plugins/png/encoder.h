@@ -3,20 +3,17 @@
 
 #include "codec.h"
 #include "decoder.h"
-#include "deflater.h"
 #include "metadata.h"
-#include "rowFilter.h"
 
 namespace zelpng {
 
 /// What the format arguments in a file's name ask for.
 struct Options {
     int level = 6;
-    int filter = PNG_ALL_FILTERS; ///< a mask; of several, one is chosen for each row
+    int filter = PNG_ALL_FILTERS; ///< a mask; all: libpng chooses one for each row
 };
 
-/// Writes a file in one pass: the pixels by filters and deflate of our own, which take a fraction
-/// of the time of libpng's at the same size, all else by libpng.
+/// Writes a file in one pass.
 class Encoder : private Codec {
 public:
     using Codec::Codec;
@@ -29,15 +26,10 @@ public:
     zelStatus finish();
 
 private:
-    bool startPacking(const Header& header, const Options& options);
-    zelStatus writePacked();
-
     png_structp png_ = nullptr;
     png_infop info_ = nullptr;
     std::size_t rowBytes_ = 0;
     std::size_t colors_ = 0; ///< of a palette of bytes; 0: none
-    RowFilter filter_;
-    Deflater deflater_;
 };
 
 } // namespace zelpng
