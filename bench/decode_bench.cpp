@@ -2,7 +2,8 @@
 // the same file, in processor time. Formats without a library are held against reading the file and
 // copying what it decodes to.
 //
-//   decode_bench [--side=N] [OPTION...]    N pixels wide and high, some formats a part of that
+//   decode_bench [--side=N] [OPTION...]    N pixels wide and high, a multiple of 512; for some
+//                                          formats a half or a quarter of that
 
 #include "decodeCases.h"
 #include "measure.h"
@@ -72,9 +73,10 @@ private:
 
 int main(int argc, char** argv) {
     constexpr std::string_view sideOption = "--side=";
+    constexpr int wholeTiles = 512; // also of a picture of half the side
     int side = 2048;
     if (argc > 1 && std::string_view(argv[1]).starts_with(sideOption)) {
-        side = std::max(std::atoi(argv[1] + sideOption.size()), 64);
+        side = std::max(std::atoi(argv[1] + sideOption.size()) / wholeTiles, 1) * wholeTiles;
         argv[1] = argv[0];
         argc--;
         argv++;
