@@ -45,7 +45,7 @@ test: all
 	@ctest --preset $(PRESET) -j $(JOBS)
 
 bench: all
-	@echo "== Running the benchmarks, for about three minutes"
+	@echo "== Running the benchmarks, for about five minutes"
 	@bench/tables $(BUILD)
 
 bench-peers: all

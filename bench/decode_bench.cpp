@@ -9,24 +9,10 @@
 #include "measure.h"
 
 #include <cstdlib>
-#include <ctime>
 #include <filesystem>
 #include <string_view>
 
 namespace {
-
-double processorSeconds() {
-    timespec now = {};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
-
-template <class Work>
-double leastTime(double least, const Work& work) {
-    const double start = processorSeconds();
-    work();
-    return std::min(least, processorSeconds() - start);
-}
 
 void run(benchmark::State& state, const bench::DecodeCase& what, const std::string& folder,
          int side) {
@@ -37,9 +23,9 @@ void run(benchmark::State& state, const bench::DecodeCase& what, const std::stri
     double pages = 1e9, tiles = 1e9, direct = 1e9;
     for (auto iteration : state) {
         (void)iteration;
-        direct = leastTime(direct, [&] { run.directly(place); });
-        pages = leastTime(pages, [&] { run.byPages(place); });
-        tiles = leastTime(tiles, [&] { run.byTiles(place); });
+        direct = std::min(direct, bench::seconds([&] { run.directly(place); }, 1));
+        pages = std::min(pages, bench::seconds([&] { run.byPages(place); }, 1));
+        tiles = std::min(tiles, bench::seconds([&] { run.byTiles(place); }, 1));
     }
     state.counters["best_us"] = pages * 1e6;
     state.counters["limit_us"] = direct * 1e6;
