@@ -21,7 +21,7 @@ Fault fault = Fault::none;
 
 namespace {
 
-char* lost = nullptr; ///< what only this remembers, and only the last of it
+char* volatile lost = nullptr; ///< what only this remembers, and only the last of it
 
 bool has(Fault one) {
     return fault == one;
