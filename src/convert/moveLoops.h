@@ -2,8 +2,9 @@
 #define ZEL_CONVERT_MOVE_LOOPS_H
 
 // The table of loops for one kind of processor. A source file for each kind instantiates it with a
-// `Target`, whose `laneBytes<size>` says how wide vectors of elements of that size are; 0 means
-// plain loops.
+// `Target`: `laneBytes<size>` says how wide vectors of elements of that size are where they are
+// turned around, 0 meaning plain loops; `zipBytes` how wide those are that are zipped; `shuffles`
+// whether the lanes of 16 bytes take any places in one step.
 
 #include "convert/channelLoops.h"
 #include "convert/exchangeLoops.h"
