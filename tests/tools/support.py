@@ -8,9 +8,6 @@ import tempfile
 import unittest
 
 ZEL = os.environ["ZEL"]
-# The search for leaks falls over thread-local data of libraries that were loaded late, if it is told
-# of it: after libjpeg came libtiff's, which need libjpeg too.
-os.environ["ASAN_OPTIONS"] = os.environ.get("ASAN_OPTIONS", "") + ":intercept_tls_get_addr=0"
 
 
 def command(*words, stdin=b""):
