@@ -87,6 +87,10 @@ class Values(ToolTest):
         self.assertEqual(tiff_samples("out.tif", "H"), samples)
         self.zel("convert", "in.pgm", "out.png", "--values", "clamp")
         self.assertEqual(samples_of(command("pngtopam", "out.png")), samples)
+        # The range of one colour model is not that of another.
+        self.zel("convert", "in.pgm", "out.tif", "--model", "negative")
+        self.zel("convert", "out.tif", "out.pgm", "--type", "u8", "--model", "luminance")
+        self.assertEqual(samples_of(self.read("out.pgm")), expected)
         self.write("in.pfm", pfm(3, 1, [0.0, 1.5, 3.0]).replace(b"\n-1\n", b"\n-3\n"))
         self.zel("convert", "in.pfm", "out.pgm", "--type", "u8")
         self.assertEqual(samples_of(self.read("out.pgm")),

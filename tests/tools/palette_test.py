@@ -87,6 +87,18 @@ class Reduced(ToolTest):
         self.assertEqual(self.zel("convert", "in.pam", "o.tif", "--model", "palette").err,
                          "zel: o.tif: alpha was dropped\n")
 
+    def test_palettes_with_half_transparent_entries(self):
+        self.write("two.ppm", b"P6 4 1 255\n" + bytes([250, 0, 0, 0, 0, 250] * 2))
+        self.write("alpha.pgm", pgm(4, 1, [255, 128] * 2))
+        self.write("p.png", command("pnmtopng", "-quiet", "-alpha=alpha.pgm", "two.ppm"))
+        self.assertEqual(json.loads(self.zel("info", "--json", "p.png").out)[0]["colorModel"],
+                         "palette")
+        self.assertIn("alpha cut", self.zel("convert", "p.png", "o.gif").err)
+        for name in ("o.tga", "o.tif"):
+            self.assertEqual(self.zel("convert", "p.png", name).err, "")
+            self.zel("convert", name, "o.pam", "--model", "rgba")
+            self.assertEqual(self.read("o.pam")[-16:], bytes([250, 0, 0, 255, 0, 0, 250, 128] * 2))
+
     def test_palette_on_demand(self):
         reduced = ": colours reduced to a palette of 256\n"
         for name, reader in (("p.png", ["pngtopam"]), ("p.bmp", ["bmptopnm", "-quiet"]),

@@ -83,6 +83,9 @@ Palette::Palette(const zelColormap& map)
     alpha = alpha && std::any_of(colors.begin(), colors.end(), [this](const Color& color) {
                 return color.alpha != fullRange(type).high;
             });
+    partialAlpha = alpha && std::any_of(colors.begin(), colors.end(), [this](const Color& color) {
+                       return color.alpha != 0 && color.alpha != fullRange(type).high;
+                   });
 }
 
 Color Palette::color(double index) const {

@@ -42,6 +42,8 @@ public:
     zelDataType colorType() const { return type; }
     /// Whether some colour is not opaque.
     bool hasAlpha() const { return alpha; }
+    /// Whether some colour is neither opaque nor quite transparent.
+    bool hasPartialAlpha() const { return partialAlpha; }
     /// The colour of an index, in numbers of `colorType`; an index beyond the ends has that of the
     /// nearest end.
     Color color(double index) const;
@@ -51,6 +53,7 @@ private:
     double first;
     zelDataType type;
     bool alpha;
+    bool partialAlpha = false;
 };
 
 /// Turns pixels of one colour model into pixels of another.

@@ -17,8 +17,8 @@ struct ColorGroup {
     double pixels;
 };
 
-/// Counts the colours of an image of any size in about 4 MiB. As long as there are few of them each
-/// is a group of its own; later, neighbours share one.
+/// Counts the colours of an image of any size in less than 12 MiB. As long as there are few of them
+/// each is a group of its own; later, neighbours share one.
 class ColorHistogram {
 public:
     ColorHistogram();

@@ -165,7 +165,9 @@ private:
         }
         const zelDataType type = file->getDataType();
         const bool keepsReals = !zelDataIsIntegral(source.layout.type) && !zelDataIsIntegral(type);
-        const bool says = !options.strip && type == source.layout.type &&
+        const bool keepsNumbers =
+            type == source.layout.type && modelFor(source) == source.layout.model;
+        const bool says = !options.strip && keepsNumbers &&
                           file->setScaleMinMax(shown->low, shown->high) == zelOKAY;
         if (!keepsReals && !says) {
             pixels.inputRange = shown;
@@ -182,6 +184,8 @@ private:
         if (keeps) {
             carryPalette(source);
             dropsAlpha = dropsAlpha || (hasAlpha(source) && !paletteHasAlpha());
+            cutsAlpha = cutsAlpha || (source.palette->hasPartialAlpha() && paletteHasAlpha() &&
+                                      !format.colorModelIsSupported(zelRGBA));
         } else if (indexed) {
             mapper.emplace(makePalette(source, pixels));
         }
@@ -291,8 +295,10 @@ void convertImage(const std::string& in, const std::string& out, const ConvertOp
     double laterBytes = 0;
     for (int i = 1; i < images; ++i) {
         const SourceImage image = describeSource(*source, select(i), options);
+        // Colours in place of indexes take four times as much.
+        const bool expands = image.palette && options.model != zelRGBPalette;
         const zelSize size(image.region.nx, image.region.ny, image.region.nz,
-                           static_cast<int>(image.channels.size()));
+                           static_cast<int>(image.channels.size()) * (expands ? 4 : 1));
         laterBytes += sampleBytes(size, options.type.value_or(image.layout.type));
     }
     Output output(out, options, laterBytes);

@@ -40,11 +40,13 @@ bool isWhole(const SourceImage& source) {
            source.region == zelTile3D<int>(0, 0, 0, size.x, size.y, size.z);
 }
 
-/// Tags that say no more than that the image is shown as it is.
+/// The tags of an image's windows, where they say no more than that it is shown as it is.
 std::vector<std::string> emptyTags(const SourceImage& source) {
     zelSize size;
     source.file.getSize(size, zelUpperLeftOrigin);
-    const TagNames plain{{"displayWindowX", "0"},
+    const TagNames plain{{"dataWindowX", "0"},
+                         {"dataWindowY", "0"},
+                         {"displayWindowX", "0"},
                          {"displayWindowY", "0"},
                          {"displayWindowWidth", std::to_string(size.x)},
                          {"displayWindowHeight", std::to_string(size.y)}};
@@ -55,7 +57,8 @@ std::vector<std::string> emptyTags(const SourceImage& source) {
             names.push_back(tag.name);
         }
     }
-    return names;
+    // One window lies in the other: without some of the numbers the rest mean another place.
+    return names.size() == plain.size() ? names : std::vector<std::string>{};
 }
 
 /// What a profile tells colours from: grey, RGB or inks.

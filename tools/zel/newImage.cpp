@@ -207,12 +207,24 @@ private:
         if (keepsIndexes(source, options, own)) {
             types.push_back(own);
         }
-        addOnce(types, zelUChar);
+        if (mayReduce(model)) {
+            addOnce(types, zelUChar);
+        }
         std::erase_if(types, [&](zelDataType type) { return options.type.value_or(type) != type; });
         if (types.empty() && !format.typeIsSupported(*options.type)) {
             types.push_back(*options.type); // to be told so
         }
         return types;
+    }
+
+    /// A reduction may cost colours and alpha: where the format has full colours, they come first.
+    bool mayReduce(zelColorModel model) const {
+        const zelDataType own = source.layout.type;
+        const bool alpha = hasAlpha(source);
+        const bool mayLose = alpha || zelDataSize(own, 8) > 8;
+        return options.model == model || !mayLose ||
+               !keepsIndexes(source, options, options.type.value_or(own)) ||
+               !format.colorModelIsSupported(alpha ? zelRGBA : zelRGB);
     }
 
     bool attempt(zelColorModel model, zelDataType type, zelCompression compression) {

@@ -240,7 +240,8 @@ std::vector<std::string> copyTags(zelFile& from, zelFile& to,
         zelTagDescription* const target =
             findTag(to, other == renamed.end() ? description.name : other->second);
         const bool copied = target && copyTag(tag, description, *target, to) == zelOKAY;
-        if (!copied && textOf(tag, description) != description.defaultValue) {
+        const char* const usual = description.defaultValue ? description.defaultValue : "";
+        if (!copied && textOf(tag, description) != usual) {
             lost.emplace_back(description.name);
         }
     }
