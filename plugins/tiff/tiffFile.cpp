@@ -73,6 +73,7 @@ zelStatus TiffFile::openFile() {
 zelStatus TiffFile::reopenWide(int image) {
     narrow_ = false;
     handle_.close();
+    current_ = 0; // where a handle that was just opened stands
     const zelStatus status = openHandle("rmC", memoryLimit());
     return status == zelOKAY ? goToImage(image) : status;
 }
@@ -80,8 +81,25 @@ zelStatus TiffFile::reopenWide(int image) {
 // What a codec takes is a few times a block.
 bool TiffFile::needsMoreMemory() const {
     constexpr std::int64_t copies = 4;
-    return narrow_ && !layout_.raw &&
+    return narrow_ && !forBlocks_ && !layout_.raw &&
            layout_.bytesOf(layout_.blockHeight) > narrowAllowance / copies;
+}
+
+// Beside the handle, which clients may have texts of.
+zelStatus TiffFile::openForBlocks() {
+    auto wide = std::make_unique<Handle>();
+    zelStatus status = wide->open(fd, nameForMessages(), "rmC", memoryLimit());
+    if (status == zelOKAY) {
+        const auto directory = static_cast<tdir_t>(current_);
+        status = wide->check(TIFFSetDirectory(wide->get(), directory) == 1, zelCORRUPTED);
+    }
+    if (status == zelOKAY)
+        status = reader_.start(*wide, layout_);
+    if (status != zelOKAY)
+        return status;
+    setUpCodec(wide->get(), options_);
+    forBlocks_ = std::move(wide);
+    return zelOKAY;
 }
 
 zelStatus TiffFile::createFile() {
@@ -128,6 +146,7 @@ zelStatus TiffFile::showDirectory(int image) {
     if (status != zelOKAY)
         return status;
     setUpCodec(handle_.get(), options_);
+    forBlocks_.reset();
     layout_ = layout;
     current_ = image;
     cache_ = PageCache();
@@ -149,6 +168,8 @@ zelStatus TiffFile::selectImage(int image) {
 }
 
 zelStatus TiffFile::goToImage(int image) {
+    if (checkOpen() != zelOKAY)
+        return checkOpen();
     TIFF* const tiff = handle_.get();
     // A step forward needs no walk along the chain of directories.
     const bool next = accessmode == 0 && image == current_ + 1;
@@ -171,7 +192,7 @@ zelStatus TiffFile::writeOut() {
 }
 
 int TiffFile::getNumImgs() {
-    if (images_ < 0) {
+    if (images_ < 0 && checkOpen() == zelOKAY) {
         const int complaints = handle_.complaints();
         const tdir_t count = TIFFNumberOfDirectories(handle_.get());
         // The first one is open, even if the link behind it is cut off.
@@ -179,7 +200,7 @@ int TiffFile::getNumImgs() {
         chainIsSound_ =
             handle_.check(true, zelCORRUPTED) == zelOKAY && handle_.complaints() == complaints;
     }
-    return images_;
+    return std::max(images_, 1);
 }
 
 zelStatus TiffFile::setCurrentImg(int i) {
@@ -194,6 +215,8 @@ zelStatus TiffFile::setCurrentImg(int i) {
     noteHoles();
     status = selectImage(i);
     if (status != zelOKAY) {
+        if (checkOpen() != zelOKAY)
+            return status;
         if (TIFFSetDirectory(handle_.get(), static_cast<tdir_t>(before)) == 1)
             showDirectory(before);
         handle_.check(true, zelCORRUPTED);
@@ -316,11 +339,12 @@ zelStatus TiffFile::getPage(void* data, int x, int y, int z, int c, int nx, int 
         return zelOKAY;
     }
     if (needsMoreMemory()) {
-        const zelStatus reopened = reopenWide(current_);
-        if (reopened != zelOKAY)
-            return reopened;
+        const zelStatus opened = openForBlocks();
+        if (opened != zelOKAY)
+            return opened;
     }
-    const zelStatus status = reader_.read(handle_, layout_, area, static_cast<std::uint8_t*>(data));
+    Handle& blocks = forBlocks_ ? *forBlocks_ : handle_;
+    const zelStatus status = reader_.read(blocks, layout_, area, static_cast<std::uint8_t*>(data));
     if (status == zelOKAY && !layout_.raw && !cache_.dirty && pageBytes() <= largestKeptPage)
         cachePage(area, data, false);
     return status;

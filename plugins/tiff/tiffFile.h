@@ -74,6 +74,7 @@ private:
     zelStatus selectImage(int image);
     zelStatus reopenWide(int image);
     bool needsMoreMemory() const;
+    zelStatus openForBlocks();
     zelStatus writeOut();
     zelStatus addImage(const Attributes& image);
     zelStatus fillHoles();
@@ -87,6 +88,7 @@ private:
 
     Options options_;
     Handle handle_;
+    std::unique_ptr<Handle> forBlocks_; ///< with memory for large blocks, at the current image
     Layout layout_;
     PageReader reader_;
     PageCache cache_;

@@ -125,6 +125,22 @@ TEST_F(TiffExchange, ReadsPalettes) {
     EXPECT_EQ(file->close(0), zelOKAY);
 }
 
+TEST_F(TiffExchange, KeepsWhatClientsHoldWhileLargeBlocksAreRead) {
+    run("pamenlarge 20 color.ppm | pamtotiff -lzw -indexbits=8 -rowsperstrip=1000 >large.tif");
+    run("tiffset -s 315 somebody large.tif");
+    zelFile* const file = open("large.tif");
+    ASSERT_NE(file, nullptr);
+    const zelColormap* map = nullptr;
+    const char* artist = nullptr;
+    ASSERT_EQ(file->getColormap(map), zelOKAY);
+    ASSERT_EQ(file->getTag(315, &artist), zelOKAY);
+    const double first = map->getVal(0, 0);
+    readPixels(file);
+    EXPECT_EQ(map->getVal(0, 0), first);
+    EXPECT_STREQ(artist, "somebody");
+    EXPECT_EQ(file->close(0), zelOKAY);
+}
+
 TEST_F(TiffExchange, StatesOrientation) {
     run("tiffset -s 274 6 color.tif");
     zelFile* const file = open("color.tif");
