@@ -57,7 +57,7 @@ zelCompression compressionOf(Imf::Compression compression) {
 // Tiles that are not too large are the pages; of others OpenEXR keeps a row.
 void describeTiles(const Imf::Header& header, Layout& layout) {
     constexpr std::int64_t mostBytes = 16 << 20;
-    if (!header.hasTileDescription() || layout.chroma)
+    if (!header.hasTileDescription() || layout.chroma || layout.deep)
         return;
     const Imf::TileDescription& tiles = header.tileDescription();
     const auto channels = static_cast<std::int64_t>(layout.channels.size());
@@ -77,7 +77,7 @@ bool blocksFit(const Imf::Header& header, const Layout& layout, std::int64_t fil
     const auto channels = static_cast<std::int64_t>(layout.channels.size());
     std::int64_t rows = std::min(rowsInBlock(header.compression()), layout.height);
     std::int64_t width = layout.width;
-    if (header.hasTileDescription()) {
+    if (header.hasTileDescription() && !layout.deep) {
         const Imf::TileDescription& tiles = header.tileDescription();
         rows = tiles.ySize;
         width = layout.tileWidth > 0 ? tiles.xSize : std::max<std::int64_t>(width, tiles.xSize);

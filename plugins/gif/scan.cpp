@@ -91,7 +91,7 @@ bool Scanner::readExtension() {
 
 void Scanner::takeComment(std::string_view part, bool first) {
     std::string& comment = contents_.comment;
-    if (first && !comment.empty())
+    if (first && !comment.empty() && comment.size() < longestComment)
         comment += '\n';
     comment += part.substr(0, longestComment - std::min(comment.size(), longestComment));
 }

@@ -103,9 +103,15 @@ void Jp2File::showResolution() {
     if (x < INT_MAX && y < INT_MAX)
         zelkit::setResolution(fields,
                               {static_cast<int>(std::lround(x)), static_cast<int>(std::lround(y))});
+    const auto isWholePerInch = [](double perMeter) {
+        const double perInch = perMeter * 0.0254;
+        return std::fabs(perInch - std::round(perInch)) < perInch / 1000;
+    };
     const double* const unit = fields.number(zelkit::exifResolutionUnit);
-    if (unit && std::lround(*unit) == zelkit::resolutionPerInch)
+    if (unit && std::lround(*unit) == zelkit::resolutionPerInch && isWholePerInch(x) &&
+        isWholePerInch(y)) {
         return;
+    }
     fields.set(zelkit::exifXResolution, x / 100);
     fields.set(zelkit::exifYResolution, y / 100);
     fields.set(zelkit::exifResolutionUnit, double{zelkit::resolutionPerCentimeter});

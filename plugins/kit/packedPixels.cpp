@@ -2,6 +2,7 @@
 
 #include <zel/zelConverter.h>
 
+#include <algorithm>
 #include <bit>
 
 namespace zelkit {
@@ -56,9 +57,15 @@ void PackedPixels::pickBytes(const std::uint8_t* stored, std::uint8_t* elements,
 
 void PackedPixels::decode(const std::uint8_t* stored, std::uint8_t* elements,
                           std::int64_t pixels) const {
-    if (wholeBytes_)
-        return pickBytes(stored, elements, static_cast<int>(pixels));
     const auto channels = static_cast<std::size_t>(channels_);
+    constexpr std::int64_t most = 1 << 24; // such that the conversion's numbers of bytes fit an int
+    while (wholeBytes_ && pixels > 0) {
+        const std::int64_t count = std::min(pixels, most);
+        pickBytes(stored, elements, static_cast<int>(count));
+        stored += count * pixelBytes_;
+        elements += count * channels_;
+        pixels -= count;
+    }
     for (; pixels > 0; pixels--, stored += pixelBytes_) {
         std::uint32_t pixel = 0;
         for (int i = 0; i < pixelBytes_; i++)

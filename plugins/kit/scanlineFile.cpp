@@ -81,6 +81,9 @@ zelStatus ScanlineFile::prepareNextImage(zelFile* source, const zelFileConfig* c
                  nameForMessages());
         status = zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
     }
+    const int channels = zelColorModelChans(wanted.getColorModel());
+    if (status == zelOKAY && channels != 0 && channels != wantedSize.c)
+        status = zelStatusEncode(zelUNSUPPORTEDBYFORMAT);
     if (status == zelOKAY)
         status = finishWriting();
     if (status != zelOKAY)

@@ -15,8 +15,8 @@ std::optional<std::int64_t> checkedProduct(std::initializer_list<std::int64_t> f
 /// (and 1 for a height below 1).
 int bandRows(std::int64_t rowBytes, int height);
 
-/// Longer ICC profiles are left out of what is read: so that a file that is only asked what it is
-/// takes little memory, which it holds several times on the way.
+/// Longer ICC profiles of PNG, JPEG, WebP and TIFF are left out of what is read: so that a file
+/// that is only asked what it is takes little memory, which it holds several times on the way.
 constexpr std::size_t largestProfile = 3 << 20;
 
 } // namespace zelkit

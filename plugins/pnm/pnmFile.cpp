@@ -242,17 +242,13 @@ int PnmFile::getCurrentImg() {
     return currentImage_;
 }
 
-zelStatus PnmFile::setCurrentImg(int i) {
-    const zelStatus range = zelFile::setCurrentImg(i);
-    if (range != zelUNSUPPORTEDBYLIBRARY)
-        return range;
+zelStatus PnmFile::showImage(int i) {
     Image image;
     const zelStatus status = readImage(imageOffsets_[static_cast<std::size_t>(i)], image);
     if (status != zelOKAY)
         return status;
     adoptImage(std::move(image));
     currentImage_ = i;
-    markAttributesChanged();
     return zelOKAY;
 }
 

@@ -47,7 +47,6 @@ public:
 
     int getNumImgs() override;
     int getCurrentImg() override;
-    zelStatus setCurrentImg(int i) override;
     /// Makes the new image the current one. zelUNSUPPORTEDBYFILE if the file is plain or a PFM,
     /// which hold one image.
     zelStatus appendImg(zelFile* source, zelFileConfig* config) override;
@@ -55,6 +54,7 @@ public:
     zelStatus getScaleMinMax(double& min, double& max) override;
 
 protected:
+    zelStatus showImage(int i) override;
     zelStatus openFile() override;
     zelStatus createFile() override;
     zelStatus closeFile() override;

@@ -150,7 +150,7 @@ zelStatus WebpFile::writeImages() {
         stated.set(zelkit::exifOrientation, double(orientation));
     made_.exif = zelkit::writeExif(stated);
     made_.iccProfile = iccProfile;
-    made_.loopCount = static_cast<int>(fields.numberOr(loopCountTag, 0));
+    made_.loopCount = static_cast<int>(fields.numberOr(loopCountTag, 1));
     return made_.write(fd);
 }
 

@@ -129,6 +129,9 @@ TEST_F(Webp, WritesAnimationsThatOtherProgramsTakeApart) {
     const zelSize other(40, 30, 1, 4);
     zelFileConfig narrower(&other);
     EXPECT_EQ(file->appendImg(nullptr, &narrower), zelUNSUPPORTEDBYFORMAT);
+    const zelSize grey(41, 30, 1, 1); // too few channels for its colours
+    zelFileConfig thin(&grey, zelUChar, zelInterleaved, zelRGB);
+    EXPECT_EQ(file->appendImg(nullptr, &thin), zelUNSUPPORTEDBYFORMAT);
     EXPECT_EQ(file->close(0), zelOKAY);
 
     const std::string info = output("webpmux -info own.webp");
