@@ -139,7 +139,7 @@ zelStatus FaultyFile::openFile() {
     if (has(Fault::keepsDescriptor))
         (void)dup(fd);
     if (has(Fault::talks))
-        std::fputs("hello\n", stderr);
+        std::puts("hello");
     zelStatus status = findImages();
     if (status != zelOKAY && has(Fault::opensEmptyFiles)) {
         images_ = {{{"", 1, 1, 1, zelUChar, zelUpperLeftOrigin}, 0}};

@@ -1,5 +1,6 @@
 #include "child.h"
 
+#include <cstdio>
 #include <cstring>
 #include <exception>
 #include <new>
@@ -30,6 +31,7 @@ std::string endText(int status) {
 [[noreturn]] void runAndExit(Shared& shared, const std::function<void()>& work, int output) {
     dup2(output, STDOUT_FILENO);
     dup2(output, STDERR_FILENO);
+    alarm(mostSeconds);
     try {
         work();
     } catch (const Failed& failed) {
@@ -37,6 +39,7 @@ std::string endText(int status) {
     } catch (const std::exception& error) {
         failCaseInHand(shared.outcome, error.what());
     }
+    std::fflush(nullptr);
     shared.outcome.finished = true;
     _exit(0);
 }
@@ -51,6 +54,7 @@ Shared* makeShared() {
 
 void runInChild(Shared& shared, const std::function<void()>& work) {
     shared.outcome = Outcome();
+    std::fflush(nullptr); // lest the child write what this process has in its buffers
     const int output = memfd_create("output", MFD_CLOEXEC);
     const pid_t child = output < 0 ? -1 : fork();
     if (child == 0)

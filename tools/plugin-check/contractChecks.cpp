@@ -62,13 +62,21 @@ void requirePreferredPage(zelFormat* format, const zelSize& size, zelOrientation
 
 // Whether the format takes any page that is smaller than the image.
 bool takesSmallPages(zelFormat* format, const zelSize& size, zelOrientation orientation) {
+    zelSize page(0, 0, 0, 0);
+    format->getPreferredPageSize(size.x, size.y, size.z, size.c, page.x, page.y, page.z, page.c,
+                                 orientation);
+    if ((page.x < size.x || page.y < size.y) &&
+        format->pageSizeIsSupported(size.x, size.y, size.z, size.c, page.x, page.y, page.z, page.c,
+                                    orientation) != 0) {
+        return true;
+    }
     const auto takes = [&](int x, int y) {
         return std::ranges::any_of(std::array{size.c, 1}, [&](int c) {
             return format->pageSizeIsSupported(size.x, size.y, size.z, size.c, x, y, 1, c,
                                                orientation) != 0;
         });
     };
-    return std::ranges::any_of(std::array{1, 5, 16, 64, 256, 512}, [&](int extent) {
+    return std::ranges::any_of(std::array{1, 5, 16, 32, 64, 128, 256, 512, 1024}, [&](int extent) {
         return takes(size.x, extent) || takes(extent, size.y) || takes(extent, extent);
     });
 }

@@ -159,16 +159,20 @@ void checkFailedOpens(const Subject& subject, Tally& tally) {
     std::vector<Source> sources = sourcesOf(subject);
     if (sources.size() > 16)
         sources.resize(16);
+    limitMemory();
     std::mt19937 random(subject.options.seed);
     std::string noise(300, '\0');
     std::ranges::generate(noise, [&] { return static_cast<char>(random()); });
     sources.insert(sources.begin(), {{"an empty file", "", ""}, {"noise", noise, ""}});
     for (const Source& source : sources)
         for (const std::size_t part : {source.content.size() / 8, source.content.size() / 4})
-            tally.run(source.title + ", cut to " + std::to_string(part) + " bytes", [&] {
-                writeFile("cut" + source.suffix, source.content.substr(0, part));
-                requireDescriptorKept(subject, "cut" + source.suffix, source.content.empty());
-            });
+            tally.run(
+                source.title + ", cut to " + std::to_string(part) + " bytes",
+                [&] {
+                    writeFile("cut" + source.suffix, source.content.substr(0, part));
+                    requireDescriptorKept(subject, "cut" + source.suffix, source.content.empty());
+                },
+                subject.options.seconds);
 }
 
 void checkTruncation(const Subject& subject, Tally& tally) {

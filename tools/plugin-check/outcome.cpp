@@ -49,13 +49,13 @@ void Tally::begin(const std::string& title, unsigned seconds) {
 }
 
 void Tally::end() {
-    alarm(0);
+    alarm(mostSeconds);
     if (!severeReport.empty())
         fail("reports an error, at which a client would end: " + severeReport);
 }
 
 void Tally::fail(const std::string& why) {
-    alarm(0);
+    alarm(mostSeconds);
     failCaseInHand(outcome_, why);
 }
 

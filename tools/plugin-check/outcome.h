@@ -5,6 +5,9 @@
 
 namespace zel::check {
 
+/// How long a case, and what is done between two, may take if it is not told otherwise.
+constexpr unsigned mostSeconds = 180;
+
 /// What a check has found so far. It lies in memory that the child shares with the program, so that
 /// it is known up to the moment at which a plug-in brings the child down.
 struct Outcome {
@@ -35,7 +38,7 @@ public:
     /// client with the handler of the library's choice would have ended there. A case that takes
     /// longer than `seconds` ends the process.
     template <typename Action>
-    void run(const std::string& title, const Action& action, unsigned seconds = 180) {
+    void run(const std::string& title, const Action& action, unsigned seconds = mostSeconds) {
         begin(title, seconds);
         try {
             action();

@@ -84,6 +84,7 @@ std::vector<Box> shuffledPages(const zelFile* file, std::mt19937& random) {
     zelSize page;
     file->getSize(size, own);
     file->getPageSize(page, own);
+    require(page.x > 0 && page.y > 0 && page.z > 0, "has pages without extent");
     std::vector<Box> pages;
     for (int z = 0; z < size.z; z += page.z)
         for (int y = 0; y < size.y; y += page.y)

@@ -91,7 +91,7 @@ void repeat(const Round& round, int count) {
 
 constexpr int repetitions = 12;
 // The allocator counts blocks that it keeps for the next request as in use, and their number sways
-// by a few small ones. A sanitizer finds smaller losses.
+// by a few small ones.
 [[maybe_unused]] constexpr std::size_t leastLoss = 128 * repetitions;
 
 // The bytes that so many rounds leave behind.
