@@ -24,7 +24,8 @@ constinit const Moves plainMoves = makeMoves<Plain>();
 const Moves& movesHere() {
 #if ZEL_WIDEST_VECTORS >= 512
     // The second extension is what lets bytes change places between the lanes of wide vectors.
-    if (__builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vbmi"))
+    if (__builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512dq") &&
+        __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi"))
         return moves512;
 #endif
 #if ZEL_WIDEST_VECTORS >= 256
