@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <sys/resource.h>
+#include <unistd.h>
 
 namespace zel::test {
 
@@ -95,6 +97,17 @@ zelStatus FileScene::statusOfReading(const std::string& name) const {
     status = readPixels(file, pixels);
     EXPECT_EQ(file->close(0), zelOKAY);
     return status;
+}
+
+void FileScene::limitMemory([[maybe_unused]] std::size_t bytes) {
+#if !defined(ZEL_SANITIZED)
+    std::ifstream statm("/proc/self/statm");
+    rlim_t pages = 0;
+    statm >> pages;
+    const rlim_t most = pages * static_cast<rlim_t>(getpagesize()) + bytes;
+    const rlimit limit = {most, most};
+    setrlimit(RLIMIT_AS, &limit);
+#endif
 }
 
 } // namespace zel::test

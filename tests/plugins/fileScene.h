@@ -43,6 +43,9 @@ protected:
     /// The status of opening a file and reading all of it.
     zelStatus statusOfReading(const std::string& name) const;
 
+    /// Lets the process have so much memory beyond what it has, unless a sanitizer takes its own.
+    static void limitMemory(std::size_t bytes);
+
 private:
     TempDir dir_;
 };

@@ -7,9 +7,6 @@
 #include <zel/zelTag.h>
 
 #include <algorithm>
-#include <fstream>
-#include <sys/resource.h>
-#include <unistd.h>
 
 namespace zel::test {
 
@@ -234,12 +231,7 @@ TEST_F(PngExchange, TakesLittleMemoryForTextsThatInflate) {
     for (const std::string& content : {whole, withLaterChunks(whole)}) {
         write("bomb.png", content);
         const ChildResult result = runInChild([this]() -> std::string {
-            std::ifstream statm("/proc/self/statm");
-            rlim_t pages = 0;
-            statm >> pages;
-            const rlim_t bytes = pages * static_cast<rlim_t>(getpagesize()) + (32u << 20);
-            const rlimit limit = {bytes, bytes};
-            setrlimit(RLIMIT_AS, &limit);
+            limitMemory(32u << 20);
             return std::to_string(statusOfReading("bomb.png"));
         });
         EXPECT_EQ(result.text, "0");

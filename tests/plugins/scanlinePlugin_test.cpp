@@ -9,10 +9,8 @@
 
 #include <algorithm>
 #include <csignal>
-#include <fstream>
 #include <ostream>
 #include <sys/resource.h>
-#include <unistd.h>
 
 namespace zel::test {
 
@@ -223,12 +221,7 @@ TEST_P(ScanlinePlugin, NeedsLittleMemoryForLargeImages) {
     for (const bool write : {true, false}) {
         const ChildResult result = runInChild([&, this]() -> std::string {
             zelFile* const file = write ? createNew(10000, 6000, 8) : open(GetParam().name);
-            std::ifstream statm("/proc/self/statm");
-            rlim_t pages = 0;
-            statm >> pages;
-            const rlim_t bytes = pages * static_cast<rlim_t>(getpagesize()) + (8u << 20);
-            const rlimit limit = {bytes, bytes};
-            setrlimit(RLIMIT_AS, &limit);
+            limitMemory(8u << 20);
             return moveLargeImage(file, write);
         });
         EXPECT_EQ(result.status, 0);

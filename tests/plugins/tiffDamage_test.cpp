@@ -8,7 +8,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <fstream>
 #include <random>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -21,20 +20,6 @@ using namespace std::string_literals;
 
 class TiffDamage : public TiffScene {
 protected:
-    // Lets the process have this much memory beyond what it has.
-    static void limitMemory(std::size_t bytes) {
-#if !defined(ZEL_SANITIZED)
-        std::ifstream statm("/proc/self/statm");
-        rlim_t pages = 0;
-        statm >> pages;
-        const rlim_t most = pages * static_cast<rlim_t>(getpagesize()) + bytes;
-        const rlimit limit = {most, most};
-        setrlimit(RLIMIT_AS, &limit);
-#else
-        static_cast<void>(bytes);
-#endif
-    }
-
     static std::string words(zelStatus status) {
         return zelMainStatusToString(zelStatusMain(status)) +
                (zelStatusKind(status) ? ", errno " + std::to_string(zelStatusErrno(status)) : "");
